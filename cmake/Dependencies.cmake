@@ -1,0 +1,20 @@
+# Third-party libraries, as imported targets. They are linked PRIVATE into the
+# host platform only (tests that make sample files link some directly).
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo cairo-ft)
+pkg_check_modules(FREETYPE REQUIRED IMPORTED_TARGET freetype2)
+pkg_check_modules(FONTCONFIG REQUIRED IMPORTED_TARGET fontconfig)
+pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
+pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4)
+pkg_check_modules(LIBZIP REQUIRED IMPORTED_TARGET libzip)
+pkg_check_modules(PUGIXML REQUIRED IMPORTED_TARGET pugixml)
+pkg_check_modules(JBIG2DEC REQUIRED IMPORTED_TARGET jbig2dec)
+find_package(OpenSSL 3 REQUIRED)
+find_package(Threads REQUIRED)
+
+find_path(GIF_INCLUDE_DIR gif_lib.h REQUIRED)
+find_library(GIF_LIBRARY gif REQUIRED)
+add_library(tarvik_gif INTERFACE)
+target_include_directories(tarvik_gif INTERFACE ${GIF_INCLUDE_DIR})
+target_link_libraries(tarvik_gif INTERFACE ${GIF_LIBRARY})

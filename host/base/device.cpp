@@ -1,0 +1,48 @@
+#include "host/base/device.h"
+
+#include "host/base/font.h"
+
+namespace host {
+
+Device::~Device() = default;
+
+void Device::SaveState() {
+  OnSaveState();
+  ++saveDepth_;
+}
+
+void Device::RestoreState() {
+  if (saveDepth_ == 0) return;
+  --saveDepth_;
+  OnRestoreState();
+}
+
+void Device::ClipRect(const GRect& rect) { OnClipRect(rect); }
+
+bool Device::DrawBitmap(const Dib* dib, int x, int y) { return dib && OnDrawBitmap(*dib, x, y); }
+
+int Device::DrawText(const char32_t* codes, int count, Font* font, const Matrix* matrix,
+                     uint32_t color, float fontSize) {
+  if (!codes || count <= 0 || !font || !font->GetFaceHandle()) return 0;
+  return OnDrawText(codes, count, *font, matrix ? *matrix : Matrix(), color, fontSize);
+}
+
+bool Device::FillPath(const Path& path, const Matrix& matrix, uint32_t color, FillRule rule,
+                      BlendMode blend) {
+  return !path.IsEmpty() && OnFillPath(path, matrix, color, rule, blend);
+}
+
+bool Device::StrokePath(const Path& path, const Matrix& matrix, uint32_t color,
+                        const StrokeStyle& style, BlendMode blend) {
+  return !path.IsEmpty() && OnStrokePath(path, matrix, color, style, blend);
+}
+
+void Device::ClipPath(const Path& path, const Matrix& matrix, FillRule rule) {
+  OnClipPath(path, matrix, rule);
+}
+
+bool Device::DrawBitmapMatrix(const Dib* dib, const Matrix& matrix, int alpha, BlendMode blend) {
+  return dib && OnDrawBitmapMatrix(*dib, matrix, alpha, blend);
+}
+
+}  // namespace host

@@ -1,0 +1,153 @@
+// Tarvik: draws electronic seals of OFD documents.
+//
+// Everything is in namespace tarvik except IDigestCalculator. Nothing is
+// thrown across this interface; failures are reported by results. Bitmaps
+// returned are new and owned by the caller (delete them), except the one that
+// Tarvik::GetCachedSealImage lends.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "host/base/binary_buf.h"
+#include "host/base/device.h"
+#include "host/base/dib.h"
+#include "host/base/geometry.h"
+#include "host/base/matrix.h"
+#include "host/base/mutex.h"
+#include "host/base/wide_string.h"
+#include "tarvik/export.h"
+
+namespace host {
+class OfdDocument;
+class OfdPage;
+class OfdAnnotationSeal;
+class OfdMultiMedia;
+class OESPlugin;
+}  // namespace host
+
+/// Computes digests. Declared at global scope; it has no virtual destructor.
+class TARVIK_API IDigestCalculator {
+ public:
+  /// Appends the digest of `length` bytes at `data` under the named algorithm
+  /// to `digest`; 0 on success, a non-zero code (and `digest` unchanged)
+  /// otherwise.
+  virtual int CalcDigest(unsigned char* data, unsigned int length, const char* algorithm,
+                         host::BinaryBuf& digest) = 0;
+};
+
+namespace tarvik {
+
+using host::BinaryBuf;
+using host::Device;
+using host::Dib;
+using host::DibFormat;
+using host::GRect;
+using host::Matrix;
+using host::Size;
+using host::WideString;
+
+/// How a seal is drawn. Both pointers are borrowed for the call.
+struct RenderSealParam {
+  /// How the seal picture is made and adjusted.
+  struct ImageParam {
+    int32_t renderMode = 0;  // 0: cached normal rendering; non-zero bypasses the cache
+    int32_t crossMark = 0;   // non-zero: a cross over the seal
+    int32_t blur = 0;        // non-zero: blurred (seal picture with stamp only)
+    int32_t blurRadius = 0;  // pixels; below 1 no blur
+    int32_t colorMode = 0;   // 0 as decoded, 1 grey, 2 black
+  };
+  /// The text drawn with the seal (seal text layout) or over it (stamps).
+  struct TextParam {
+    uint32_t widthPercent = 0;
+    uint32_t fontSize = 0;
+    int32_t outside = 0;
+    uint32_t italic = 0;
+    uint32_t bold = 0;
+    uint32_t layoutKind = 0;
+    uint32_t verticalAlign = 0;
+    uint32_t horizontalAlign = 0;
+    uint32_t color = 0xFF000000;
+    float angle = 0;
+    WideString text;
+    WideString fontName;
+    int32_t offsetX = 0;
+    int32_t offsetY = 0;
+  };
+
+  ImageParam* image = nullptr;  // null: no seal picture
+  TextParam* text = nullptr;    // null: no text
+};
+
+/// One piece of laid-out seal text, in page millimetres.
+struct TextObject {
+  struct CharPos {
+    uint32_t character = 0;
+    float x = 0;
+    float y = 0;
+  };
+  GRect rect;
+  Matrix matrix;
+  std::vector<CharPos> chars;
+};
+
+/// Makes a drawing device over a new bitmap: (width, height, format,
+/// background 0xAARRGGBB, user data). The caller owns the device; null on
+/// failure.
+using DeviceCreator = Device* (*)(int width, int height, DibFormat format, uint32_t background,
+                                  void* userData);
+
+/// Installs the process-wide device creator and its user data, replacing any
+/// earlier ones (null uninstalls). Not synchronised: call before rendering.
+TARVIK_API void SetDeviceCreator(DeviceCreator creator, void* userData);
+
+/// Decodes seal data: a raster picture keeps its own size; an OFD package is
+/// rendered at `width` x `height` pixels, or at `resolution` dpi when that is
+/// above 0. `isOfd` is set to true for OFD data (also when its rendering
+/// fails), false for raster data, and left unchanged when the data is empty
+/// or of unknown kind. Returns a new bitmap owned by the caller, or null.
+/// Prints "Found unknown seal image type\n" on standard output for data of
+/// unknown kind. Thread-safe.
+TARVIK_API Dib* ParseSealImage(unsigned char* data, unsigned int length, int width, int height,
+                               int resolution, bool& isOfd);
+
+/// Reads a seal multimedia resource's files, asks the plug-in for the seal
+/// picture and decodes it as above. Null on failure.
+TARVIK_API Dib* ParseSealImage(const host::OfdMultiMedia* media, int renderMode,
+                               host::OESPlugin* plugin, void* userData, int width, int height,
+                               int resolution, bool& isOfd);
+
+/// Digest of `length` bytes through the plug-in, appended to `digest`.
+/// 0 on success; otherwise the plug-in's non-zero code, `digest` unchanged.
+TARVIK_API int CalcDigest(unsigned char* data, unsigned int length, const char* algorithm,
+                          host::OESPlugin* plugin, void* userData, BinaryBuf& digest);
+
+/// IDigestCalculator bound to a plug-in and its user data (both borrowed).
+class TARVIK_API OESDigestCalculator : public IDigestCalculator {
+ public:
+  OESDigestCalculator(host::OESPlugin* plugin, void* userData)
+      : plugin_(plugin), userData_(userData) {}
+  int CalcDigest(unsigned char* data, unsigned int length, const char* algorithm,
+                 BinaryBuf& digest) override;
+
+ private:
+  host::OESPlugin* plugin_;
+  void* userData_;
+};
+
+/// Decodes seal data, adjusts it, and draws the stamp text of `param.text`
+/// over it on a fresh device. Both pointers of `param` must be set. A new
+/// bitmap owned by the caller, or null (also when no device creator is set).
+TARVIK_API Dib* RenderSealImageWithStamp(unsigned char* data, unsigned int length,
+                                         const RenderSealParam& param);
+
+/// Draws stamp text on a device; false only when its font cannot be loaded.
+TARVIK_API bool AddStampOnDevice(Device* device, const RenderSealParam::TextParam& param);
+
+/// Appends the laid-out seal text of an annotation to `out` (page
+/// millimetres). 1 when laid out, 0 when there was nothing to lay out.
+TARVIK_API int GetSealImageTextRect(host::OfdAnnotationSeal* annotation,
+                                    const RenderSealParam::TextParam& param,
+                                    std::vector<TextObject>& out);
+
+}  // namespace tarvik

@@ -1,0 +1,228 @@
+// Value types and helpers of the host base: strings, hashing, matrices,
+// memory blocks, streams.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "host/base/binary_buf.h"
+#include "host/base/byte_string.h"
+#include "host/base/geometry.h"
+#include "host/base/matrix.h"
+#include "host/base/memory.h"
+#include "host/base/mutex.h"
+#include "host/base/stream_reader.h"
+#include "host/base/wide_string.h"
+
+namespace host {
+namespace {
+
+struct CompareCase {
+  const char* a;
+  const char* b;
+  int exact;
+  int noCase;
+};
+
+class ByteStringCompareTest : public ::testing::TestWithParam<CompareCase> {};
+
+TEST_P(ByteStringCompareTest, Compare_SignsMatch) {
+  const CompareCase& c = GetParam();
+  EXPECT_EQ(ByteString(c.a).Compare(c.b), c.exact);
+  EXPECT_EQ(ByteString(c.a).CompareNoCase(c.b), c.noCase);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ByteStringCompareTest,
+    ::testing::Values(CompareCase{"ofd", "ofd", 0, 0}, CompareCase{"OFD", "ofd", -1, 0},
+                      CompareCase{"Ofd", "ofD", -1, 0}, CompareCase{"image", "ofd", -1, -1},
+                      CompareCase{"", "", 0, 0}, CompareCase{"", "a", -1, -1},
+                      CompareCase{"ab", "a", 1, 1}, CompareCase{"a[", "A{", 1, -1},
+                      // Bytes above 0x7F compare unsigned and never fold.
+                      CompareCase{"\xC3\xA9", "\xC3\x89", 1, 1}));
+
+TEST(ByteString_Embedded, NulBytesTakePart) {
+  const ByteString a("a\0b", 3);
+  EXPECT_EQ(a.GetLength(), 3);
+  EXPECT_NE(a.Compare(std::string_view("a\0c", 3)), 0);
+  EXPECT_NE(HashKey(a), HashKey(ByteString("a")));
+}
+
+TEST(HashKey_Spread, DistinctLocationsRarelyCollideInBuckets) {
+  // Typical cache keys differ in a few digits; they must not pile up.
+  constexpr unsigned kBuckets = 17;
+  int counts[kBuckets] = {};
+  for (int i = 0; i < 170; ++i) {
+    const std::string key = "/Doc_0/Signs/Sign_" + std::to_string(i) + "/SignedValue.dat";
+    ++counts[HashKey(ByteString(key)) % kBuckets];
+  }
+  for (int c : counts) EXPECT_LE(c, 25);
+  EXPECT_EQ(HashKey(ByteString("abc")), HashKey(ByteString(std::string("abc"))));
+}
+
+TEST(CalcHashTableSize_Table, SmallestPrimeNotBelow) {
+  const std::pair<int, unsigned> cases[] = {{-5, 3},  {0, 3},   {1, 3},   {3, 3},
+                                            {4, 5},   {17, 17}, {18, 19}, {26, 29},
+                                            {90, 97}, {1000, 1009}, {1 << 30, (1u << 24) - 3}};
+  for (auto [in, out] : cases) EXPECT_EQ(CalcHashTableSize(in), out) << in;
+}
+
+TEST(WideString_Utf8, RoundTripsAndKeepsAbsentApart) {
+  const WideString absent;
+  const WideString empty(U"");
+  EXPECT_TRUE(absent.IsNull());
+  EXPECT_FALSE(empty.IsNull());
+  EXPECT_EQ(absent.c_str(), nullptr);
+  EXPECT_NE(empty.c_str(), nullptr);
+  EXPECT_NE(absent, empty);
+  EXPECT_EQ(WideString(static_cast<const char32_t*>(nullptr)), absent);
+
+  const WideString text = WideString::FromUtf8("中文 seal 😀");
+  EXPECT_EQ(text.GetLength(), 9);
+  EXPECT_EQ(text[0], U'中');
+  EXPECT_EQ(text[8], U'😀');
+  EXPECT_EQ(text.ToUtf8(), "中文 seal 😀");
+
+  // Truncated and invalid sequences become U+FFFD instead of being dropped.
+  const WideString bad = WideString::FromUtf8("a\xE4\xB8" "b\xFF");
+  EXPECT_EQ(bad.view(), std::u32string_view(U"a\uFFFDb\uFFFD"));
+}
+
+TEST(Matrix_Contact, AppliesThisThenArgument) {
+  Matrix m(2, 0, 0, 3, 10, 20);  // scale then move
+  m.Contact(Matrix(0, 1, -1, 0, 5, 0));  // then turn 90 degrees and move
+  float x = 1, y = 1;
+  m.TransformPoint(x, y);
+  // (1,1) -> (12, 23) -> (-23 + 5, 12)
+  EXPECT_FLOAT_EQ(x, -18);
+  EXPECT_FLOAT_EQ(y, 12);
+
+  const Matrix inv = m.Inverse();
+  inv.TransformPoint(x, y);
+  EXPECT_NEAR(x, 1, 1e-5);
+  EXPECT_NEAR(y, 1, 1e-5);
+  EXPECT_TRUE(Matrix(0, 0, 0, 0, 1, 1).Inverse().IsIdentity());
+}
+
+TEST(Matrix_TransformRect, GivesNormalisedBoundingBox) {
+  GRect r(0, 0, 10, 20);
+  Matrix(0, 1, -1, 0, 0, 0).TransformRect(r);  // 90 degrees: x' = -y, y' = x
+  EXPECT_EQ(r, GRect(-20, 0, 0, 10));
+  GRect flipped(10, 20, 0, 0);
+  Matrix().TransformRect(flipped);
+  EXPECT_EQ(flipped, GRect(0, 0, 10, 20));
+  EXPECT_FLOAT_EQ(Matrix(3, 4, 0, 2, 0, 0).XUnit(), 5);
+  EXPECT_FLOAT_EQ(Matrix(3, 4, 0, 2, 0, 0).YUnit(), 2);
+}
+
+TEST(GRect_Null, ZeroWidthOrHeight) {
+  EXPECT_TRUE(GRect().IsRectNull());
+  EXPECT_TRUE(GRect(1, 2, 1, 9).IsRectNull());
+  EXPECT_TRUE(GRect(1, 2, 9, 2).IsRectNull());
+  EXPECT_FALSE(GRect(1, 2, 0, 0).IsRectNull());
+  GRect r(1, 2, 3, 4);
+  r.OffsetRect(10, -2);
+  EXPECT_EQ(r, GRect(11, 0, 13, 2));
+}
+
+TEST(Plex_Chain, LinksAtHeadAndFreesAll) {
+  Plex* head = nullptr;
+  Plex* first = Plex::Create(head, 10, 40);
+  ASSERT_NE(first, nullptr);
+  Plex* second = Plex::Create(head, 10, 40);
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(head, second);
+  EXPECT_EQ(second->next(), first);
+  EXPECT_EQ(first->next(), nullptr);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(first->data()) % alignof(std::max_align_t), 0u);
+  std::memset(second->data(), 0xAB, 400);  // the whole block is usable
+  head->FreeDataChain();  // leak checkers see both blocks go
+}
+
+TEST(Memory_Functions, FailSafely) {
+  EXPECT_EQ(AllocMemory(0), nullptr);
+  size_t out = 0;
+  EXPECT_FALSE(CheckedMul(SIZE_MAX / 2, 3, out));
+  EXPECT_TRUE(CheckedMul(1000, 1000, out));
+  EXPECT_EQ(out, 1000000u);
+  void* p = AllocMemory(16);
+  ASSERT_NE(p, nullptr);
+  void* q = ReallocMemory(p, 64);
+  ASSERT_NE(q, nullptr);
+  FreeMemory(q);
+  FreeMemory(nullptr);
+}
+
+TEST(BinaryBuf_Append, IgnoresNullAndNonPositive) {
+  BinaryBuf buf;
+  buf.AppendBuf("abc", 3);
+  buf.AppendBuf(nullptr, 5);
+  buf.AppendBuf("x", 0);
+  buf.AppendBuf("x", -1);
+  buf.AppendBuf("de", 2);
+  ASSERT_EQ(buf.GetSize(), 5);
+  EXPECT_EQ(std::memcmp(buf.GetBuffer(), "abcde", 5), 0);
+}
+
+TEST(MutexLock_Scope, LocksAndUnlocks) {
+  MutexObject m;
+  { MutexLock lock(m); }
+  m.Lock();  // would deadlock if the scope above had not unlocked
+  m.Unlock();
+}
+
+void CheckReader(StreamReader* r, const std::string& bytes) {
+  ASSERT_NE(r, nullptr);
+  EXPECT_EQ(r->GetSize(), bytes.size());
+  char buf[8] = {};
+  EXPECT_EQ(r->ReadBlock(buf, 2, 3), 3u);
+  EXPECT_EQ(std::string(buf, 3), bytes.substr(2, 3));
+  EXPECT_EQ(r->GetPosition(), 0u);  // ReadBlock leaves the position
+  EXPECT_EQ(r->ReadBlock(buf, bytes.size() - 2, 8), 2u);
+  EXPECT_EQ(r->ReadBlock(buf, bytes.size(), 8), 0u);
+  EXPECT_EQ(r->ReadBlock(buf, UINT64_MAX, 8), 0u);
+  EXPECT_TRUE(r->SetPosition(4));
+  EXPECT_EQ(r->Read(buf, 8), bytes.size() - 4);
+  EXPECT_EQ(r->GetPosition(), bytes.size());
+  EXPECT_FALSE(r->SetPosition(bytes.size() + 1));
+  EXPECT_EQ(r->GetPosition(), bytes.size());
+}
+
+TEST(StreamReader_Kinds, MemoryAndFileReadAlike) {
+  const std::string bytes = "0123456789";
+  StreamReaderPtr inPlace(StreamReader::CreateMemoryStreamReader(
+      reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), 0));
+  CheckReader(inPlace.get(), bytes);
+  EXPECT_EQ(inPlace->GetBuffer(), reinterpret_cast<const uint8_t*>(bytes.data()));
+
+  auto* owned = static_cast<uint8_t*>(AllocMemory(bytes.size()));
+  std::memcpy(owned, bytes.data(), bytes.size());
+  StreamReaderPtr takeOver(StreamReader::CreateMemoryStreamReader(owned, bytes.size(), 1));
+  CheckReader(takeOver.get(), bytes);  // freed by the reader: leak checkers see it
+
+  StreamReaderPtr copy(StreamReader::CreateMemoryStreamReader(bytes));
+  CheckReader(copy.get(), bytes);
+
+  const auto path = std::filesystem::temp_directory_path() / "tarvik_stream_reader_test.bin";
+  std::ofstream(path, std::ios::binary) << bytes;
+  StreamReaderPtr file(StreamReader::CreateFileStreamReader(path.c_str()));
+  CheckReader(file.get(), bytes);
+  EXPECT_EQ(file->GetBuffer(), nullptr);
+  file.reset();
+  std::filesystem::remove(path);
+}
+
+TEST(StreamReader_Bad, NullInputs) {
+  EXPECT_EQ(StreamReader::CreateMemoryStreamReader(nullptr, 5, 0), nullptr);
+  StreamReaderPtr empty(StreamReader::CreateMemoryStreamReader(nullptr, 0, 0));
+  ASSERT_NE(empty, nullptr);
+  EXPECT_EQ(empty->GetSize(), 0u);
+  EXPECT_EQ(StreamReader::CreateFileStreamReader(nullptr), nullptr);
+  EXPECT_EQ(StreamReader::CreateFileStreamReader("/nonexistent/tarvik"), nullptr);
+}
+
+}  // namespace
+}  // namespace host

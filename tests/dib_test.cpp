@@ -1,0 +1,157 @@
+// Bitmaps: creation limits, copies, conversions, pixel and palette access.
+#include <gtest/gtest.h>
+
+#include "host/base/dib.h"
+
+namespace host {
+namespace {
+
+// A 3 x 2 bitmap of `format` holding six known colours (opaque ones when the
+// format has no alpha).
+std::unique_ptr<Dib> Sample(DibFormat format) {
+  static const uint32_t kColours[6] = {0xFFFF0000, 0xFF00FF00, 0xFF0000FF,
+                                       0x80102030, 0x00FFFFFF, 0xFF000000};
+  auto dib = Dib::Create(3, 2, format);
+  if (format == kDibIndexed8) dib->SetPalette(kColours, 6);
+  for (int i = 0; i < 6; ++i) {
+    uint32_t c = kColours[i];
+    if (format == kDibRgb24) c |= 0xFF000000;
+    dib->SetPixel({i % 3, i / 3}, c);
+  }
+  return dib;
+}
+
+uint32_t Expected(DibFormat from, uint32_t argb) {
+  return from == kDibRgb24 ? (argb | 0xFF000000) : argb;
+}
+
+TEST(Dib_Create, RefusesBadSizesAndFormats) {
+  const struct {
+    int w, h;
+    DibFormat f;
+    bool ok;
+  } cases[] = {
+      {1, 1, kDibArgb32, true},       {0, 5, kDibArgb32, false},
+      {5, -1, kDibArgb32, false},     {kMaxDibSide, 1, kDibRgb24, true},
+      {kMaxDibSide + 1, 1, kDibRgb24, false}, {16384, 16384, kDibArgb32, false},
+      {8192, 8192, kDibIndexed8, true},       {4, 4, kDibInvalid, false},
+      {4, 4, static_cast<DibFormat>(5), false},
+  };
+  for (const auto& c : cases) {
+    auto dib = Dib::Create(c.w, c.h, c.f);
+    EXPECT_EQ(dib != nullptr, c.ok) << c.w << "x" << c.h << " format " << c.f;
+  }
+}
+
+TEST(Dib_Layout, PitchAndPaletteByFormat) {
+  auto rgb = Dib::Create(5, 2, kDibRgb24);
+  EXPECT_EQ(rgb->GetPitch(), 16);  // 15 bytes padded to 4
+  EXPECT_EQ(rgb->GetBPP(), 24);
+  EXPECT_EQ(rgb->GetPaletteSize(), 0);
+  auto argb = Dib::Create(5, 2, kDibArgb32);
+  EXPECT_EQ(argb->GetPitch(), 20);
+  auto indexed = Dib::Create(5, 2, kDibIndexed8);
+  EXPECT_EQ(indexed->GetPitch(), 8);
+  EXPECT_EQ(indexed->GetPaletteSize(), 256);
+  // Stored as bytes B, G, R, A.
+  argb->SetPixel({1, 0}, 0x11223344);
+  const uint8_t* p = argb->GetScanline(0) + 4;
+  EXPECT_EQ(p[0], 0x44);
+  EXPECT_EQ(p[1], 0x33);
+  EXPECT_EQ(p[2], 0x22);
+  EXPECT_EQ(p[3], 0x11);
+}
+
+class DibConvertTest : public ::testing::TestWithParam<std::pair<DibFormat, DibFormat>> {};
+
+TEST_P(DibConvertTest, CloneConvert_KeepsColours) {
+  const auto [from, to] = GetParam();
+  auto src = Sample(from);
+  auto out = src->CloneConvert(to);
+  ASSERT_NE(out, nullptr);
+  EXPECT_EQ(out->GetFormat(), to);
+  for (int y = 0; y < 2; ++y) {
+    for (int x = 0; x < 3; ++x) {
+      uint32_t want = Expected(from, src->GetPixel({x, y}));
+      if (to == kDibRgb24) want |= 0xFF000000;
+      EXPECT_EQ(out->GetPixel({x, y}), want) << x << "," << y;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllPairs, DibConvertTest,
+    ::testing::Values(std::pair{kDibIndexed8, kDibRgb24}, std::pair{kDibIndexed8, kDibArgb32},
+                      std::pair{kDibRgb24, kDibArgb32}, std::pair{kDibRgb24, kDibIndexed8},
+                      std::pair{kDibArgb32, kDibRgb24}, std::pair{kDibArgb32, kDibIndexed8},
+                      std::pair{kDibArgb32, kDibArgb32}, std::pair{kDibIndexed8, kDibIndexed8}));
+
+TEST(Dib_CloneConvert, TooManyColoursForPalette) {
+  auto dib = Dib::Create(20, 20, kDibArgb32);
+  for (int i = 0; i < 400; ++i) dib->SetPixel({i % 20, i / 20}, 0xFF000000u | i);
+  EXPECT_EQ(dib->CloneConvert(kDibIndexed8), nullptr);
+  EXPECT_EQ(dib->CloneConvert(kDibInvalid), nullptr);
+  const Rect small(0, 0, 10, 1);  // ten colours fit
+  auto part = dib->CloneConvert(kDibIndexed8, &small);
+  ASSERT_NE(part, nullptr);
+  EXPECT_EQ(part->GetPixel({9, 0}), 0xFF000009u);
+}
+
+TEST(Dib_Clone, RectIsClippedToBitmap) {
+  auto src = Sample(kDibArgb32);
+  const struct {
+    Rect rect;
+    int w, h;
+    uint32_t topLeft;
+  } cases[] = {
+      {{1, 0, 3, 2}, 2, 2, 0xFF00FF00},
+      {{-5, -5, 1, 1}, 1, 1, 0xFFFF0000},
+      {{2, 1, 50, 50}, 1, 1, 0xFF000000},
+  };
+  for (const auto& c : cases) {
+    auto out = src->Clone(&c.rect);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->GetWidth(), c.w);
+    EXPECT_EQ(out->GetHeight(), c.h);
+    EXPECT_EQ(out->GetPixel({0, 0}), c.topLeft);
+  }
+  const Rect outside(5, 5, 9, 9);
+  const Rect inverted(2, 2, 1, 1);
+  EXPECT_EQ(src->Clone(&outside), nullptr);
+  EXPECT_EQ(src->Clone(&inverted), nullptr);
+  // A copy is independent of its source.
+  auto copy = src->Clone();
+  copy->SetPixel({0, 0}, 0);
+  EXPECT_EQ(src->GetPixel({0, 0}), 0xFFFF0000u);
+}
+
+TEST(Dib_Pixels, OutsideIsIgnoredAndPaletteNearest) {
+  auto dib = Sample(kDibIndexed8);
+  dib->SetPixel({-1, 0}, 0xFFFFFFFF);
+  dib->SetPixel({3, 0}, 0xFFFFFFFF);
+  EXPECT_EQ(dib->GetPixel({3, 0}), 0u);
+  EXPECT_EQ(dib->GetPixel({0, -1}), 0u);
+  // An indexed bitmap stores the nearest palette colour.
+  dib->SetPixel({0, 0}, 0xFFF01010);
+  EXPECT_EQ(dib->GetPixel({0, 0}), 0xFFFF0000u);
+  EXPECT_EQ(dib->GetScanline(0)[0], 0);
+  dib->SetPaletteEntry(0, 0xFF123456);
+  EXPECT_EQ(dib->GetPixel({0, 0}), 0xFF123456u);
+  EXPECT_EQ(dib->GetPaletteEntry(-1), 0u);
+  EXPECT_EQ(dib->GetPaletteEntry(256), 0u);
+  const uint32_t tooMany[257] = {};
+  EXPECT_FALSE(dib->SetPalette(tooMany, 257));
+  EXPECT_FALSE(Dib::Create(1, 1, kDibRgb24)->SetPalette(tooMany, 2));
+}
+
+TEST(Dib_Fill, EveryFormat) {
+  for (DibFormat f : {kDibIndexed8, kDibRgb24, kDibArgb32}) {
+    auto dib = Sample(f);
+    dib->Fill(0xFF0000FF);
+    for (int y = 0; y < 2; ++y)
+      for (int x = 0; x < 3; ++x) EXPECT_EQ(dib->GetPixel({x, y}), 0xFF0000FFu) << f;
+  }
+}
+
+}  // namespace
+}  // namespace host
