@@ -63,10 +63,11 @@ TEST(HashKey_Spread, DistinctLocationsRarelyCollideInBuckets) {
   EXPECT_EQ(HashKey(ByteString("abc")), HashKey(ByteString(std::string("abc"))));
 }
 
-TEST(CalcHashTableSize_Table, SmallestPrimeNotBelow) {
+TEST(CalcHashTableSize_Table, SmallestOddNotBelow) {
+  // 17 stays 17 and one and a half times 17 entries gives 25 buckets.
   const std::pair<int, unsigned> cases[] = {{-5, 3},  {0, 3},   {1, 3},   {3, 3},
-                                            {4, 5},   {17, 17}, {18, 19}, {26, 29},
-                                            {90, 97}, {1000, 1009}, {1 << 30, (1u << 24) - 3}};
+                                            {4, 5},   {17, 17}, {18, 19}, {25, 25},
+                                            {90, 91}, {1000, 1001}, {1 << 30, (1u << 24) - 3}};
   for (auto [in, out] : cases) EXPECT_EQ(CalcHashTableSize(in), out) << in;
 }
 

@@ -33,15 +33,13 @@ unsigned int HashKey(const ByteString& key) {
 }
 
 unsigned int CalcHashTableSize(int count) {
-  constexpr unsigned int kMax = (1u << 24) - 3;  // a prime
+  // An odd count keeps the modulo from discarding the hash's low bits the way
+  // a power of two would, and grows by exactly what the caller asked for.
+  constexpr unsigned int kMax = (1u << 24) - 3;
   if (count < 3) return 3;
-  unsigned int n = static_cast<unsigned int>(count);
+  const unsigned int n = static_cast<unsigned int>(count);
   if (n >= kMax) return kMax;
-  for (;; ++n) {
-    bool prime = n % 2 != 0;
-    for (unsigned int d = 3; prime && d * d <= n; d += 2) prime = n % d != 0;
-    if (prime) return n;
-  }
+  return n | 1u;
 }
 
 }  // namespace host

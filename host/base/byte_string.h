@@ -39,7 +39,7 @@ class HOST_API ByteString {
 /// Hash of a byte string's characters; equal strings give equal hashes.
 HOST_API unsigned int HashKey(const ByteString& key);
 
-/// Bucket count to use for about `count` entries: the smallest prime not
+/// Bucket count to use for about `count` entries: the smallest odd number not
 /// below `count` (at least 3, at most 2^24 - 3). Always positive.
 HOST_API unsigned int CalcHashTableSize(int count);
 

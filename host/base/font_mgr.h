@@ -49,6 +49,15 @@ class HOST_API FontMgr {
   std::string ResolveFile(const std::string& family, int weight, bool italic, int* faceIndex);
 
  private:
+  friend class Font;
+  friend class AppContext;
+  // FindFace without the CJK fallback: null when `family` is neither
+  // registered, installed nor a known look-alike.
+  std::shared_ptr<const FaceSource> FindExactFace(const std::string& family, int weight, bool italic);
+  std::shared_ptr<const FaceSource> Find(const std::string& family, int weight, bool italic, bool fallback);
+  // False when FreeType could not be initialised.
+  bool Ready() const;
+
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };

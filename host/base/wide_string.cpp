@@ -23,18 +23,23 @@ WideString WideString::FromUtf8(std::string_view s) {
       len = 4;
       cp = c0 & 0x07;
     }
-    bool ok = len > 0 && i + static_cast<size_t>(len) <= s.size();
+    // A broken sequence is replaced by one U+FFFD for the lead byte and the
+    // continuation bytes that followed it.
+    size_t consumed = 1;
+    bool ok = len > 0;
     for (int k = 1; ok && k < len; ++k) {
-      const unsigned char ck = static_cast<unsigned char>(s[i + static_cast<size_t>(k)]);
-      ok = (ck & 0xC0) == 0x80;
-      cp = (cp << 6) | (ck & 0x3F);
+      const size_t at = i + static_cast<size_t>(k);
+      ok = at < s.size() && (static_cast<unsigned char>(s[at]) & 0xC0) == 0x80;
+      if (!ok) break;
+      ++consumed;
+      cp = (cp << 6) | (static_cast<unsigned char>(s[at]) & 0x3F);
     }
     // Reject overlong forms, surrogates and values past U+10FFFF.
     static constexpr char32_t kMin[5] = {0, 0, 0x80, 0x800, 0x10000};
     if (ok && (cp < kMin[len] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
     if (!ok) {
       out.push_back(0xFFFD);
-      ++i;
+      i += consumed;
       continue;
     }
     out.push_back(cp);

@@ -2,19 +2,27 @@
 
 #include <pugixml.hpp>
 
-#include <cstring>
+#include <new>
 
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_location.h"
+#include "host/ofd/ofd_xml.h"
 #include "host/ofd/zip_archive.h"
 
 namespace host {
 
 namespace {
-// The root names OFD.xml may carry: with the usual prefix or none.
-bool IsOfdRoot(const char* name) {
-  const char* colon = std::strchr(name, ':');
-  return std::strcmp(colon ? colon + 1 : name, "OFD") == 0;
+// DocBody locations in OFD.xml are taken from the package root, with or
+// without the leading '/'.
+ByteString RootLocation(std::string_view location) {
+  const std::string path = NormalizeLocation(location);
+  return path.empty() ? ByteString() : ByteString("/" + path);
 }
 }  // namespace
+
+OfdPackage::OfdPackage() = default;
+
+OfdPackage::~OfdPackage() { ClosePackage(); }
 
 int OfdPackage::CheckFileType(StreamReader* reader) {
   if (!reader) return 0;
@@ -24,12 +32,100 @@ int OfdPackage::CheckFileType(StreamReader* reader) {
     if (archive->ReadNamed("OFD.xml", xml, true)) {
       pugi::xml_document doc;
       if (doc.load_buffer(xml.data(), xml.size(), pugi::parse_default) &&
-          IsOfdRoot(doc.document_element().name()))
+          ofdxml::NameIs(doc.document_element(), "OFD"))
         result = 1;
     }
   }
   reader->SetPosition(0);
   return result;
+}
+
+int OfdPackage::LoadFromStream(StreamReader* reader, int flag) {
+  ClosePackage();
+  if (!reader) return kOfdLoadBadArgument;
+  std::lock_guard<std::mutex> lock(mutex_);
+  reader_ = reader;
+  ownsReader_ = flag == 1;
+  try {
+    archive_ = ZipArchive::Open(reader);
+    if (!archive_) return kOfdLoadNotZip;
+    std::string xml;
+    if (!archive_->ReadNamed("OFD.xml", xml, true)) return kOfdLoadMissingFile;
+    pugi::xml_document doc;
+    if (!doc.load_buffer(xml.data(), xml.size(), pugi::parse_default)) return kOfdLoadBadXml;
+    const pugi::xml_node root = doc.document_element();
+    if (!ofdxml::NameIs(root, "OFD")) return kOfdLoadBadXml;
+    for (pugi::xml_node body = root.first_child(); body; body = body.next_sibling()) {
+      if (!ofdxml::NameIs(body, "DocBody")) continue;
+      OfdDocBody entry;
+      entry.index = static_cast<int>(documents_.size());
+      entry.docId = ByteString(ofdxml::Text(ofdxml::Child(ofdxml::Child(body, "DocInfo"), "DocID")));
+      entry.docRoot = RootLocation(ofdxml::Text(ofdxml::Child(body, "DocRoot")));
+      entry.signatures = RootLocation(ofdxml::Text(ofdxml::Child(body, "Signatures")));
+      documents_.push_back(std::move(entry));
+    }
+  } catch (const std::bad_alloc&) {
+    documents_.clear();
+    return kOfdLoadNoMemory;
+  }
+  return kOfdLoadSuccess;
+}
+
+int OfdPackage::CountDocuments() const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return static_cast<int>(documents_.size());
+}
+
+const OfdDocBody* OfdPackage::GetDocument(int index) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (index < 0 || static_cast<size_t>(index) >= documents_.size()) return nullptr;
+  return &documents_[static_cast<size_t>(index)];
+}
+
+std::string OfdPackage::FindEntry(std::string_view path) const {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (!archive_ || path.empty()) return {};
+  return archive_->EntryName(archive_->Find(std::string(path), true));
+}
+
+bool OfdPackage::ReadEntry(std::string_view path, std::string& out) {
+  out.clear();
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (!archive_ || path.empty()) return false;
+  try {
+    return archive_->ReadNamed(std::string(path), out, true);
+  } catch (const std::bad_alloc&) {
+    out.clear();
+    return false;
+  }
+}
+
+bool OfdPackage::LoadRawData(const OfdDocument* document, std::string_view location,
+                             std::string& out) {
+  out.clear();
+  if (location.empty()) return false;
+  const std::string base = document ? document->GetFolder() : std::string();
+  return ReadEntry(ResolveLocation(base, location), out);
+}
+
+StreamReader* OfdPackage::LoadRawStream(const OfdDocument* document, const ByteString& location,
+                                        int /*flag*/) {
+  std::string bytes;
+  if (!LoadRawData(document, location.view(), bytes)) return nullptr;
+  try {
+    return StreamReader::CreateMemoryStreamReader(std::move(bytes));
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void OfdPackage::ClosePackage() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  archive_.reset();
+  documents_.clear();
+  if (ownsReader_ && reader_) reader_->Release();
+  reader_ = nullptr;
+  ownsReader_ = false;
 }
 
 }  // namespace host

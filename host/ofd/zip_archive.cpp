@@ -55,20 +55,28 @@ int64_t ZipArchive::Find(const std::string& name, bool ignoreCase) const {
   if (key.empty()) return -1;
   const zip_int64_t exact = zip_name_locate(zip_.get(), key.c_str(), 0);
   if (exact >= 0 || !ignoreCase) return exact;
-  const zip_int64_t n = zip_get_num_entries(zip_.get(), 0);
-  auto lower = [](unsigned char c) { return static_cast<char>(std::tolower(c)); };
-  std::string want(key.size(), '\0');
-  std::transform(key.begin(), key.end(), want.begin(), lower);
-  for (zip_int64_t i = 0; i < n; ++i) {
-    const char* entry = zip_get_name(zip_.get(), static_cast<zip_uint64_t>(i), 0);
-    if (!entry) continue;
-    std::string e(entry);
-    while (!e.empty() && e.front() == '/') e.erase(e.begin());
-    if (e.size() != want.size()) continue;
-    std::transform(e.begin(), e.end(), e.begin(), lower);
-    if (e == want) return i;
+  auto lower = [](std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+  };
+  if (!lowerIndexBuilt_) {
+    const zip_int64_t n = zip_get_num_entries(zip_.get(), 0);
+    for (zip_int64_t i = 0; i < n; ++i) {
+      std::string e = EntryName(i);
+      if (!e.empty()) lowerIndex_.emplace(lower(std::move(e)), i);  // the first one wins
+    }
+    lowerIndexBuilt_ = true;
   }
-  return -1;
+  const auto it = lowerIndex_.find(lower(key));
+  return it == lowerIndex_.end() ? -1 : it->second;
+}
+
+std::string ZipArchive::EntryName(int64_t index) const {
+  if (index < 0) return {};
+  const char* entry = zip_get_name(zip_.get(), static_cast<zip_uint64_t>(index), 0);
+  std::string e(entry ? entry : "");
+  while (!e.empty() && e.front() == '/') e.erase(e.begin());
+  return e;
 }
 
 bool ZipArchive::Read(int64_t index, std::string& out) {
@@ -76,8 +84,9 @@ bool ZipArchive::Read(int64_t index, std::string& out) {
   zip_stat_t st;
   zip_stat_init(&st);
   if (zip_stat_index(zip_.get(), static_cast<zip_uint64_t>(index), 0, &st) != 0) return false;
+  const bool charged = charged_.count(index) != 0;
   if (!(st.valid & ZIP_STAT_SIZE) || st.size > kMaxEntryBytes ||
-      st.size > kMaxTotalBytes - std::min(bytesRead_, kMaxTotalBytes))
+      (!charged && st.size > kMaxTotalBytes - std::min(bytesRead_, kMaxTotalBytes)))
     return false;
   zip_file_t* file = zip_fopen_index(zip_.get(), static_cast<zip_uint64_t>(index), 0);
   if (!file) return false;
@@ -94,7 +103,10 @@ bool ZipArchive::Read(int64_t index, std::string& out) {
     out.clear();
     return false;
   }
-  bytesRead_ += st.size;
+  if (!charged) {
+    bytesRead_ += st.size;
+    charged_.insert(index);
+  }
   return ok;
 }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "host/base/stream_reader.h"
@@ -29,10 +31,13 @@ class ZipArchive {
   /// `ignoreCase` the first case-insensitive match is taken. -1 when absent.
   int64_t Find(const std::string& name, bool ignoreCase = false) const;
   /// Reads an entry whole; false when absent, too large, corrupt, or when the
-  /// archive's total read budget is spent.
+  /// archive's total read budget is spent. Each entry is charged to the budget
+  /// once, so reading the same entry again (a page drawn twice) stays possible.
   bool Read(int64_t index, std::string& out);
   bool ReadNamed(const std::string& name, std::string& out, bool ignoreCase = false);
   int64_t EntryCount() const;
+  /// Name of the entry at `index` without a leading '/'; "" when out of range.
+  std::string EntryName(int64_t index) const;
 
  private:
   ZipArchive() = default;
@@ -42,6 +47,11 @@ class ZipArchive {
   std::string ownedBytes_;  // copy of a stream that keeps no buffer
   std::unique_ptr<zip_t, ZipCloser> zip_;
   uint64_t bytesRead_ = 0;
+  std::unordered_set<int64_t> charged_;  // entries already counted in bytesRead_
+  // Lower-case name -> first entry with that name, built on the first
+  // case-insensitive miss so that repeated look-ups stay cheap.
+  mutable std::unordered_map<std::string, int64_t> lowerIndex_;
+  mutable bool lowerIndexBuilt_ = false;
 };
 
 }  // namespace host

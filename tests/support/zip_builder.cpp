@@ -46,4 +46,43 @@ std::string MinimalOfdPackage() {
                     "<ofd:DocRoot>Doc_0/Document.xml</ofd:DocRoot></ofd:DocBody></ofd:OFD>"}});
 }
 
+namespace {
+const char kXmlHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const char kNs[] = " xmlns:ofd=\"http://www.ofdspec.org/2016\"";
+}  // namespace
+
+std::string BuildOfdPackage(const ZipEntries& files, const std::string& docRoot,
+                            const std::string& signatures) {
+  std::string ofd = std::string(kXmlHead) + "<ofd:OFD" + kNs + " Version=\"1.1\" DocType=\"OFD\">" +
+                    "<ofd:DocBody><ofd:DocInfo><ofd:DocID>test</ofd:DocID></ofd:DocInfo>" +
+                    "<ofd:DocRoot>" + docRoot + "</ofd:DocRoot>";
+  if (!signatures.empty()) ofd += "<ofd:Signatures>" + signatures + "</ofd:Signatures>";
+  ofd += "</ofd:DocBody></ofd:OFD>";
+  ZipEntries all{{"OFD.xml", ofd}};
+  all.insert(all.end(), files.begin(), files.end());
+  return BuildZip(all);
+}
+
+std::string OfdDocumentXml(const std::vector<std::pair<int, std::string>>& pages,
+                           const std::string& commonData, const std::string& extra) {
+  std::string xml = std::string(kXmlHead) + "<ofd:Document" + kNs + "><ofd:CommonData>";
+  if (commonData.find("PageArea") == std::string::npos)
+    xml += "<ofd:PageArea><ofd:PhysicalBox>0 0 210 297</ofd:PhysicalBox></ofd:PageArea>";
+  xml += commonData + "</ofd:CommonData><ofd:Pages>";
+  for (const auto& [id, loc] : pages)
+    xml += "<ofd:Page ID=\"" + std::to_string(id) + "\" BaseLoc=\"" + loc + "\"/>";
+  return xml + "</ofd:Pages>" + extra + "</ofd:Document>";
+}
+
+std::string OfdPageXml(const std::string& body, const std::string& head) {
+  return std::string(kXmlHead) + "<ofd:Page" + kNs + ">" + head +
+         "<ofd:Content><ofd:Layer ID=\"100\">" + body + "</ofd:Layer></ofd:Content></ofd:Page>";
+}
+
+std::string OfdResXml(const std::string& inner, const std::string& baseLoc) {
+  std::string xml = std::string(kXmlHead) + "<ofd:Res" + kNs;
+  if (!baseLoc.empty()) xml += " BaseLoc=\"" + baseLoc + "\"";
+  return xml + ">" + inner + "</ofd:Res>";
+}
+
 }  // namespace testing_support

@@ -1,0 +1,140 @@
+// PNG encoding with libpng.
+#include <png.h>
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdio>
+#include <new>
+#include <vector>
+
+#include "host/base/codec.h"
+
+namespace host {
+
+namespace {
+
+struct PngWriteState {
+  const Dib* dib = nullptr;
+  std::string out;
+  bool failed = false;
+  std::vector<png_color> palette;
+  std::vector<png_byte> alpha;
+  std::vector<png_bytep> rows;
+};
+
+void PngError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void PngWarning(png_structp, png_const_charp) {}
+
+void PngWrite(png_structp png, png_bytep data, size_t n) {
+  auto* state = static_cast<PngWriteState*>(png_get_io_ptr(png));
+  if (state->failed) return;
+  try {
+    state->out.append(reinterpret_cast<const char*>(data), n);
+  } catch (const std::bad_alloc&) {
+    // Leave the handler normally; the caller sees the flag.
+    state->failed = true;
+  }
+}
+
+void PngFlush(png_structp) {}
+
+// Palette (with transparency) of an indexed bitmap, trimmed to the highest
+// index its pixels use.
+void BuildPalette(PngWriteState* s) {
+  const Dib& dib = *s->dib;
+  int count = 1;
+  for (int y = 0; y < dib.GetHeight(); ++y) {
+    const uint8_t* row = dib.GetScanline(y);
+    for (int x = 0; x < dib.GetWidth(); ++x) count = std::max(count, row[x] + 1);
+  }
+  int alphaCount = 0;
+  for (int i = 0; i < count; ++i) {
+    const uint32_t argb = dib.GetPaletteEntry(i);
+    s->palette.push_back(png_color{static_cast<png_byte>(argb >> 16), static_cast<png_byte>(argb >> 8),
+                                   static_cast<png_byte>(argb)});
+    s->alpha.push_back(static_cast<png_byte>(argb >> 24));
+    if (argb >> 24 != 0xFF) alphaCount = i + 1;
+  }
+  s->alpha.resize(static_cast<size_t>(alphaCount));
+}
+
+// Writes once the error handler is armed; an error longjmps out of here, so
+// the state owns everything.
+bool WritePngBody(png_structp png, png_infop info, PngWriteState* s) {
+  const Dib& dib = *s->dib;
+  int colorType;
+  switch (dib.GetFormat()) {
+    case kDibIndexed8:
+      colorType = PNG_COLOR_TYPE_PALETTE;
+      break;
+    case kDibRgb24:
+      colorType = PNG_COLOR_TYPE_RGB;
+      break;
+    case kDibArgb32:
+      colorType = PNG_COLOR_TYPE_RGB_ALPHA;
+      break;
+    default:
+      return false;
+  }
+  png_set_write_fn(png, s, PngWrite, PngFlush);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(dib.GetWidth()), static_cast<png_uint_32>(dib.GetHeight()),
+               8, colorType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  if (colorType == PNG_COLOR_TYPE_PALETTE) {
+    BuildPalette(s);
+    png_set_PLTE(png, info, s->palette.data(), static_cast<int>(s->palette.size()));
+    if (!s->alpha.empty()) png_set_tRNS(png, info, s->alpha.data(), static_cast<int>(s->alpha.size()), nullptr);
+  }
+  png_write_info(png, info);
+  if (colorType != PNG_COLOR_TYPE_PALETTE) png_set_bgr(png);
+  s->rows.resize(static_cast<size_t>(dib.GetHeight()));
+  for (int y = 0; y < dib.GetHeight(); ++y) s->rows[y] = const_cast<png_bytep>(dib.GetScanline(y));
+  png_write_image(png, s->rows.data());
+  png_write_end(png, nullptr);
+  return !s->failed;
+}
+
+bool WritePngGuarded(png_structp png, png_infop info, PngWriteState* s) {
+  if (setjmp(png_jmpbuf(png))) return false;
+  try {
+    return WritePngBody(png, info, s);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+bool EncodePng(const Dib& dib, std::string& out) {
+  if (dib.GetWidth() <= 0 || dib.GetHeight() <= 0) return false;
+  struct Handles {
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    ~Handles() {
+      if (png) png_destroy_write_struct(&png, info ? &info : nullptr);
+    }
+  } h;
+  h.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, PngError, PngWarning);
+  if (!h.png) return false;
+  h.info = png_create_info_struct(h.png);
+  if (!h.info) return false;
+  PngWriteState state;
+  state.dib = &dib;
+  if (!WritePngGuarded(h.png, h.info, &state)) return false;
+  out = std::move(state.out);
+  return true;
+}
+
+bool WritePng(const Dib& dib, const char* path) {
+  std::string bytes;
+  if (!path || !EncodePng(dib, bytes)) return false;
+  struct Closer {
+    void operator()(std::FILE* f) const { std::fclose(f); }
+  };
+  std::unique_ptr<std::FILE, Closer> f(std::fopen(path, "wb"));
+  if (!f) return false;
+  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), f.get()) == bytes.size();
+  // Closing flushes: its result decides too.
+  return std::fclose(f.release()) == 0 && written;
+}
+
+}  // namespace host

@@ -1,0 +1,451 @@
+#include "host/ofd/page_object_parser.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cctype>
+#include <climits>
+#include <cstring>
+#include <string>
+
+#include "host/base/wide_string.h"
+#include "host/ofd/ofd_xml.h"
+#include "host/ofd/path_data.h"
+#include "host/ofd/text_code.h"
+
+namespace host::ofdparse {
+
+namespace {
+
+using ofdxml::Attr;
+using ofdxml::AttrBool;
+using ofdxml::AttrFloat;
+using ofdxml::AttrId;
+using ofdxml::NameIs;
+
+constexpr size_t kMaxDashes = 64;
+constexpr int kMaxDrawParamChain = 16;
+
+// Colour values: numbers, or "#hh" hex components; a single "#rrggbb" is
+// taken as three components.
+std::vector<float> ParseColorValue(std::string_view s) {
+  std::vector<float> out;
+  while (out.size() < 16) {
+    ofdxml::SkipSeparators(s);
+    if (s.empty()) break;
+    if (s.front() == '#') {
+      size_t n = 1;
+      while (n < s.size() && std::isxdigit(static_cast<unsigned char>(s[n]))) ++n;
+      const std::string_view hex = s.substr(1, n - 1);
+      s.remove_prefix(n);
+      if (hex.empty() || hex.size() > 8) return {};
+      const uint32_t v = static_cast<uint32_t>(std::stoul(std::string(hex), nullptr, 16));
+      if (hex.size() == 6) {
+        out.push_back(static_cast<float>((v >> 16) & 0xFF));
+        out.push_back(static_cast<float>((v >> 8) & 0xFF));
+        out.push_back(static_cast<float>(v & 0xFF));
+      } else {
+        out.push_back(static_cast<float>(v));
+      }
+      continue;
+    }
+    float v;
+    if (!ofdxml::ScanNumber(s, v)) return {};
+    out.push_back(v);
+  }
+  return out;
+}
+
+bool ParsePoint(const char* text, float& x, float& y) {
+  std::vector<float> v;
+  if (!text || !ofdxml::ParseNumbers(text, v, 2) || v.size() != 2) return false;
+  x = v[0];
+  y = v[1];
+  return true;
+}
+
+void ResolveColorSpace(OfdColor& color, const OfdResourceContainer* resources) {
+  if (!color.colorSpace && color.colorSpaceId && resources)
+    color.colorSpace = resources->FindColorSpace(color.colorSpaceId);
+}
+
+std::shared_ptr<OfdShading> ParseShading(const pugi::xml_node& node, bool radial, Context& ctx) {
+  auto shd = std::make_shared<OfdShading>();
+  shd->kind = radial ? OfdShading::Kind::kRadial : OfdShading::Kind::kAxial;
+  if (const char* map = Attr(node, "MapType")) {
+    if (std::strcmp(map, "Repeat") == 0) shd->mapType = 1;
+    if (std::strcmp(map, "Reflect") == 0) shd->mapType = 2;
+  }
+  shd->mapUnit = AttrFloat(node, "MapUnit", 0);
+  shd->extend = std::clamp(static_cast<int>(AttrFloat(node, "Extend", 0)), 0, 3);
+  ParsePoint(Attr(node, "StartPoint"), shd->startX, shd->startY);
+  ParsePoint(Attr(node, "EndPoint"), shd->endX, shd->endY);
+  if (radial) {
+    shd->startRadius = AttrFloat(node, "StartRadius", 0);
+    shd->endRadius = AttrFloat(node, "EndRadius", 0);
+    shd->eccentricity = AttrFloat(node, "Eccentricity", 0);
+    shd->angle = AttrFloat(node, "Angle", 0);
+  }
+  for (pugi::xml_node seg = node.first_child(); seg; seg = seg.next_sibling()) {
+    if (!NameIs(seg, "Segment") || shd->segments.size() >= 256) continue;
+    OfdShadingSegment s;
+    s.position = AttrFloat(seg, "Position", -1);
+    const pugi::xml_node color = ofdxml::Child(seg, "Color");
+    if (color) {
+      // A stop's colour is solid: its own shadings are not followed.
+      s.color.values = ParseColorValue(Attr(color, "Value") ? Attr(color, "Value") : "");
+      s.color.colorSpaceId = AttrId(color, "ColorSpace");
+      s.color.alpha = std::clamp(static_cast<int>(AttrFloat(color, "Alpha", 255)), 0, 255);
+      s.color.isSet = true;
+      ResolveColorSpace(s.color, ctx.resources);
+    }
+    shd->segments.push_back(std::move(s));
+  }
+  return shd;
+}
+
+std::shared_ptr<OfdPattern> ParsePattern(const pugi::xml_node& node, Context& ctx) {
+  auto pattern = std::make_shared<OfdPattern>();
+  pattern->width = AttrFloat(node, "Width", 0);
+  pattern->height = AttrFloat(node, "Height", 0);
+  pattern->xStep = AttrFloat(node, "XStep", 0);
+  pattern->yStep = AttrFloat(node, "YStep", 0);
+  if (const char* m = Attr(node, "ReflectMethod")) {
+    const std::string_view v(m);
+    pattern->reflectMethod = v == "Column" ? 1 : v == "Row" ? 2 : v == "RowAndColumn" ? 3 : 0;
+  }
+  if (const char* r = Attr(node, "RelativeTo")) pattern->relativeToObject = std::strcmp(r, "Page") != 0;
+  if (const char* m = Attr(node, "CTM")) ofdxml::ParseMatrix(m, pattern->ctm);
+  auto cell = std::make_shared<OfdPageBlock>();
+  if (ctx.depth < kMaxDepth) {
+    Context inner = ctx;
+    ++inner.depth;
+    ParseBlockContent(ofdxml::Child(node, "CellContent"), *cell, GraphicState(), inner);
+  }
+  pattern->cell = std::move(cell);
+  return pattern;
+}
+
+std::optional<LineJoin> ParseJoin(const char* v) {
+  if (!v) return std::nullopt;
+  if (std::strcmp(v, "Round") == 0) return LineJoin::kRound;
+  if (std::strcmp(v, "Bevel") == 0) return LineJoin::kBevel;
+  return LineJoin::kMiter;
+}
+
+std::optional<LineCap> ParseCap(const char* v) {
+  if (!v) return std::nullopt;
+  if (std::strcmp(v, "Round") == 0) return LineCap::kRound;
+  if (std::strcmp(v, "Square") == 0) return LineCap::kSquare;
+  return LineCap::kButt;
+}
+
+std::optional<std::vector<float>> ParseDashes(const char* v) {
+  std::vector<float> dashes;
+  if (!v || !ofdxml::ParseNumbers(v, dashes, kMaxDashes)) return std::nullopt;
+  for (float d : dashes)
+    if (d < 0) return std::nullopt;
+  return dashes;
+}
+
+// Stroke attributes written directly on an object or a DrawParam.
+void ApplyStrokeAttributes(const pugi::xml_node& node, StrokeStyle& style) {
+  style.width = std::max(0.0f, AttrFloat(node, "LineWidth", style.width));
+  if (auto join = ParseJoin(Attr(node, "Join"))) style.join = *join;
+  if (auto cap = ParseCap(Attr(node, "Cap"))) style.cap = *cap;
+  style.miterLimit = AttrFloat(node, "MiterLimit", style.miterLimit);
+  style.dashOffset = AttrFloat(node, "DashOffset", style.dashOffset);
+  if (auto dashes = ParseDashes(Attr(node, "DashPattern"))) style.dashes = std::move(*dashes);
+}
+
+template <typename T>
+T* Adopt(std::unique_ptr<OfdPageObject>& holder, T* object) {
+  holder.reset(object);
+  return object;
+}
+
+std::unique_ptr<OfdPageObject> ParseObject(const pugi::xml_node& node,
+                                           const GraphicState& inherited, Context& ctx);
+
+// Attributes and children shared by every graphic unit; resolves its drawing
+// state from `inherited`, its DrawParam and its own attributes.
+void ParseCommon(const pugi::xml_node& node, OfdPageObject& object, const GraphicState& inherited,
+                 Context& ctx) {
+  object.SetPage(ctx.page);
+  object.id = AttrId(node, "ID");
+  if (const char* b = Attr(node, "Boundary")) ofdxml::ParseBox(b, object.boundary);
+  if (const char* m = Attr(node, "CTM")) ofdxml::ParseMatrix(m, object.ctm);
+  object.alpha = std::clamp(static_cast<int>(AttrFloat(node, "Alpha", 255)), 0, 255);
+  object.visible = AttrBool(node, "Visible", true);
+  if (const char* blend = Attr(node, "BlendMode")) object.blendMode = blend;
+  object.drawParamId = AttrId(node, "DrawParam");
+
+  GraphicState state = inherited;
+  if (object.drawParamId) ApplyDrawParam(object.drawParamId, ctx.resources, state);
+  ApplyStrokeAttributes(node, state.stroke);
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) {
+    if (NameIs(c, "FillColor")) state.fill = ParseColor(c, ctx);
+    if (NameIs(c, "StrokeColor")) state.strokeColor = ParseColor(c, ctx);
+  }
+  object.strokeStyle = std::move(state.stroke);
+  object.fillColor = std::move(state.fill);
+  object.strokeColor = std::move(state.strokeColor);
+  if (!object.fillColor.isSet) object.fillColor = OfdColor::Rgb(0, 0, 0);
+  if (!object.strokeColor.isSet) object.strokeColor = OfdColor::Rgb(0, 0, 0);
+
+  const pugi::xml_node clips = ofdxml::Child(node, "Clips");
+  if (!clips || ctx.depth >= kMaxDepth) return;
+  const bool clipsFlag = AttrBool(clips, "TransFlag", false);
+  Context inner = ctx;
+  ++inner.depth;
+  for (pugi::xml_node clipNode = clips.first_child(); clipNode; clipNode = clipNode.next_sibling()) {
+    if (!NameIs(clipNode, "Clip")) continue;
+    OfdClip clip;
+    clip.transFlag = AttrBool(clipNode, "TransFlag", clipsFlag);
+    for (pugi::xml_node areaNode = clipNode.first_child(); areaNode;
+         areaNode = areaNode.next_sibling()) {
+      if (!NameIs(areaNode, "Area")) continue;
+      OfdClipArea area;
+      if (const char* m = Attr(areaNode, "CTM")) ofdxml::ParseMatrix(m, area.ctm);
+      area.drawParamId = AttrId(areaNode, "DrawParam");
+      for (pugi::xml_node shape = areaNode.first_child(); shape && !area.shape;
+           shape = shape.next_sibling())
+        if (NameIs(shape, "Path") || NameIs(shape, "Text"))
+          area.shape = ParseObject(shape, GraphicState(), inner);
+      if (area.shape) clip.areas.push_back(std::move(area));
+    }
+    if (!clip.areas.empty()) object.clips.push_back(std::move(clip));
+  }
+}
+
+void ParsePath(const pugi::xml_node& node, OfdPathObject& path, Context& ctx) {
+  path.fill = AttrBool(node, "Fill", false);
+  path.stroke = AttrBool(node, "Stroke", true);
+  if (const char* rule = Attr(node, "Rule"))
+    path.rule = std::strcmp(rule, "Even-Odd") == 0 || std::strcmp(rule, "EvenOdd") == 0
+                    ? FillRule::kEvenOdd
+                    : FillRule::kNonZero;
+  const pugi::xml_node data = ofdxml::Child(node, "AbbreviatedData");
+  const size_t before = path.path.segments().size();
+  const PathDataResult r =
+      ParseAbbreviatedData(ofdxml::Text(data), path.path, std::min(ctx.budget->segments, kMaxPathSegments));
+  path.dataStatus = r.code;
+  const size_t used = path.path.segments().size() - before;
+  ctx.budget->segments -= std::min(used, ctx.budget->segments);
+}
+
+// Glyph indices from the object's CGTransforms, by character position over all
+// of its text codes.
+void ApplyGlyphs(OfdTextObject& text) {
+  std::vector<size_t> starts;  // position of each code's first character
+  size_t total = 0;
+  for (OfdTextCode& code : text.textCodes) {
+    starts.push_back(total);
+    code.glyphs.assign(static_cast<size_t>(code.text.GetLength()), -1);
+    total += code.glyphs.size();
+  }
+  for (const OfdCGTransform& t : text.cgTransforms) {
+    for (size_t k = 0; k < t.codeCount && k < t.glyphs.size(); ++k) {
+      const size_t pos = static_cast<size_t>(t.codePosition) + k;
+      if (pos >= total) break;
+      const size_t c = static_cast<size_t>(std::upper_bound(starts.begin(), starts.end(), pos) -
+                                           starts.begin()) - 1;
+      text.textCodes[c].glyphs[pos - starts[c]] =
+          static_cast<int32_t>(std::min<uint32_t>(t.glyphs[k], INT32_MAX));
+    }
+  }
+}
+
+void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
+  text.fontId = AttrId(node, "Font");
+  text.font = ctx.resources ? ctx.resources->FindFont(text.fontId) : nullptr;
+  text.size = AttrFloat(node, "Size", 0);
+  text.weight = std::clamp(static_cast<int>(AttrFloat(node, "Weight", 400)), 0, 1000);
+  text.italic = AttrBool(node, "Italic", false);
+  text.hScale = AttrFloat(node, "HScale", 1);
+  text.readDirection = static_cast<int>(AttrFloat(node, "ReadDirection", 0));
+  text.charDirection = static_cast<int>(AttrFloat(node, "CharDirection", 0));
+  text.fill = AttrBool(node, "Fill", true);
+  text.stroke = AttrBool(node, "Stroke", false);
+  float penX = 0, penY = 0;
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) {
+    if (NameIs(c, "CGTransform")) {
+      OfdCGTransform t;
+      t.codePosition = AttrId(c, "CodePosition");
+      t.codeCount = AttrId(c, "CodeCount");
+      t.glyphCount = AttrId(c, "GlyphCount");
+      std::vector<float> glyphs;
+      ofdxml::ParseNumbers(ofdxml::Text(ofdxml::Child(c, "Glyphs")), glyphs, 65536);
+      for (float g : glyphs)
+        if (g >= 0 && g < 4294967296.0f) t.glyphs.push_back(static_cast<uint32_t>(g));
+      text.cgTransforms.push_back(std::move(t));
+      continue;
+    }
+    if (!NameIs(c, "TextCode")) continue;
+    OfdTextCode code;
+    code.text = WideString::FromUtf8(c.child_value());
+    const size_t n = static_cast<size_t>(code.text.GetLength());
+    if (n > ctx.budget->characters) break;
+    ctx.budget->characters -= n;
+    code.x = AttrFloat(c, "X", penX);
+    code.y = AttrFloat(c, "Y", penY);
+    // Deltas past the last character place nothing; keep no more than needed.
+    const size_t maxDeltas = n > 0 ? n - 1 : 0;
+    if (const char* dx = Attr(c, "DeltaX")) ParseDeltaList(dx, maxDeltas, code.deltaX);
+    if (const char* dy = Attr(c, "DeltaY")) ParseDeltaList(dy, maxDeltas, code.deltaY);
+    LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, n, nullptr, nullptr, code.xs,
+                     code.ys);
+    if (n > 0) {
+      penX = code.xs.back() + (code.deltaX.size() >= n ? code.deltaX[n - 1] : 0);
+      penY = code.ys.back() + (code.deltaY.size() >= n ? code.deltaY[n - 1] : 0);
+    }
+    text.textCodes.push_back(std::move(code));
+  }
+  ApplyGlyphs(text);
+}
+
+std::unique_ptr<OfdPageObject> ParseObject(const pugi::xml_node& node,
+                                           const GraphicState& inherited, Context& ctx) {
+  if (ctx.budget->objects == 0 || ctx.depth > kMaxDepth) return nullptr;
+  const std::string_view name = ofdxml::LocalName(node.name());
+  std::unique_ptr<OfdPageObject> holder;
+  if (name == "PathObject" || name == "Path") {
+    OfdPathObject* path = Adopt(holder, new OfdPathObject());
+    ParseCommon(node, *path, inherited, ctx);
+    ParsePath(node, *path, ctx);
+  } else if (name == "TextObject" || name == "Text") {
+    OfdTextObject* text = Adopt(holder, new OfdTextObject());
+    ParseCommon(node, *text, inherited, ctx);
+    ParseText(node, *text, ctx);
+  } else if (name == "ImageObject") {
+    OfdImageObject* image = Adopt(holder, new OfdImageObject());
+    ParseCommon(node, *image, inherited, ctx);
+    image->resourceId = AttrId(node, "ResourceID");
+    image->imageMaskId = AttrId(node, "ImageMask");
+    if (ctx.resources) {
+      image->media = ctx.resources->FindMultiMedia(image->resourceId);
+      if (image->imageMaskId) image->imageMask = ctx.resources->FindMultiMedia(image->imageMaskId);
+    }
+  } else if (name == "CompositeObject") {
+    OfdCompositeObject* composite = Adopt(holder, new OfdCompositeObject());
+    ParseCommon(node, *composite, inherited, ctx);
+    composite->resourceId = AttrId(node, "ResourceID");
+    if (ctx.resources) composite->unit = ctx.resources->FindCompositeUnit(composite->resourceId);
+  } else if (name == "PageBlock") {
+    OfdPageBlock* block = Adopt(holder, new OfdPageBlock());
+    ParseCommon(node, *block, inherited, ctx);
+    // A block hands on what it inherited, not the defaults ParseCommon filled in.
+    if (ctx.depth < kMaxDepth) {
+      Context inner = ctx;
+      ++inner.depth;
+      ParseBlockContent(node, *block, inherited, inner);
+    }
+  } else {
+    return nullptr;
+  }
+  --ctx.budget->objects;
+  return holder;
+}
+
+}  // namespace
+
+OfdColor ParseColor(const pugi::xml_node& node, Context& ctx) {
+  OfdColor color;
+  color.isSet = true;
+  if (const char* v = Attr(node, "Value")) color.values = ParseColorValue(v);
+  if (const char* index = Attr(node, "Index")) {
+    uint32_t i = 0;
+    if (ofdxml::ParseId(index, i) && i < 65536) color.index = static_cast<int>(i);
+  }
+  color.colorSpaceId = AttrId(node, "ColorSpace");
+  color.alpha = std::clamp(static_cast<int>(AttrFloat(node, "Alpha", 255)), 0, 255);
+  ResolveColorSpace(color, ctx.resources);
+  if (ctx.depth >= kMaxDepth) return color;
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) {
+    if (NameIs(c, "AxialShd")) color.shading = ParseShading(c, false, ctx);
+    if (NameIs(c, "RadialShd")) color.shading = ParseShading(c, true, ctx);
+    if (NameIs(c, "Pattern")) color.pattern = ParsePattern(c, ctx);
+  }
+  return color;
+}
+
+OfdDrawParam ParseDrawParam(const pugi::xml_node& node, Context& ctx) {
+  OfdDrawParam p;
+  p.id = AttrId(node, "ID");
+  p.relative = AttrId(node, "Relative");
+  if (Attr(node, "LineWidth")) p.lineWidth = std::max(0.0f, AttrFloat(node, "LineWidth", 0.353f));
+  p.join = ParseJoin(Attr(node, "Join"));
+  p.cap = ParseCap(Attr(node, "Cap"));
+  if (Attr(node, "MiterLimit")) p.miterLimit = AttrFloat(node, "MiterLimit", 3.528f);
+  if (Attr(node, "DashOffset")) p.dashOffset = AttrFloat(node, "DashOffset", 0);
+  p.dashPattern = ParseDashes(Attr(node, "DashPattern"));
+  for (pugi::xml_node c = node.first_child(); c; c = c.next_sibling()) {
+    if (NameIs(c, "FillColor")) p.fillColor = ParseColor(c, ctx);
+    if (NameIs(c, "StrokeColor")) p.strokeColor = ParseColor(c, ctx);
+  }
+  return p;
+}
+
+void ApplyDrawParam(uint32_t id, const OfdResourceContainer* resources, GraphicState& state) {
+  if (!resources || !id) return;
+  // Collect the chain first, then apply from the farthest ancestor inward;
+  // a loop in Relative ends the chain.
+  const OfdDrawParam* chain[kMaxDrawParamChain];
+  int n = 0;
+  for (const OfdDrawParam* p = resources->FindDrawParam(id); p && n < kMaxDrawParamChain;
+       p = p->relative ? resources->FindDrawParam(p->relative) : nullptr) {
+    if (std::find(chain, chain + n, p) != chain + n) break;
+    chain[n++] = p;
+  }
+  while (n-- > 0) {
+    const OfdDrawParam& p = *chain[n];
+    if (p.lineWidth) state.stroke.width = *p.lineWidth;
+    if (p.join) state.stroke.join = *p.join;
+    if (p.cap) state.stroke.cap = *p.cap;
+    if (p.miterLimit) state.stroke.miterLimit = *p.miterLimit;
+    if (p.dashOffset) state.stroke.dashOffset = *p.dashOffset;
+    if (p.dashPattern) state.stroke.dashes = *p.dashPattern;
+    if (p.fillColor.isSet) state.fill = p.fillColor;
+    if (p.strokeColor.isSet) state.strokeColor = p.strokeColor;
+    ResolveColorSpace(state.fill, resources);
+    ResolveColorSpace(state.strokeColor, resources);
+  }
+}
+
+void ParseBlockContent(const pugi::xml_node& node, OfdPageBlock& block,
+                       const GraphicState& inherited, Context& ctx) {
+  if (ctx.depth > kMaxDepth) return;
+  for (pugi::xml_node c = node.first_child(); c && ctx.budget->objects > 0; c = c.next_sibling()) {
+    if (c.type() != pugi::node_element) continue;
+    if (auto object = ParseObject(c, inherited, ctx)) block.children.push_back(std::move(object));
+  }
+}
+
+void ParseContent(const pugi::xml_node& content, OfdPageBlock& out, Context& ctx) {
+  for (pugi::xml_node c = content.first_child(); c && ctx.budget->objects > 0; c = c.next_sibling()) {
+    if (!NameIs(c, "Layer")) continue;
+    auto layer = std::make_unique<OfdPageBlock>();
+    layer->SetPage(ctx.page);
+    layer->id = AttrId(c, "ID");
+    layer->drawParamId = AttrId(c, "DrawParam");
+    const char* type = Attr(c, "Type");
+    const std::string_view t = type ? type : "Body";
+    layer->layerType = t == "Background"   ? OfdPageBlock::LayerType::kBackground
+                       : t == "Foreground" ? OfdPageBlock::LayerType::kForeground
+                       : t == "Custom"     ? OfdPageBlock::LayerType::kCustom
+                                           : OfdPageBlock::LayerType::kBody;
+    GraphicState state;
+    ApplyDrawParam(layer->drawParamId, ctx.resources, state);
+    layer->strokeStyle = state.stroke;
+    layer->fillColor = state.fill;
+    layer->strokeColor = state.strokeColor;
+    --ctx.budget->objects;
+    Context inner = ctx;
+    ++inner.depth;
+    ParseBlockContent(c, *layer, state, inner);
+    out.children.push_back(std::move(layer));
+  }
+}
+
+}  // namespace host::ofdparse

@@ -1,0 +1,377 @@
+#include "host/base/codec.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "support/image_samples.h"
+
+namespace {
+
+using host::Dib;
+using host::DibFormat;
+using host::ImageFormat;
+using host::Point;
+using host::Rect;
+using host::Size;
+using host::StreamReader;
+using host::StreamReaderPtr;
+namespace ts = testing_support;
+
+const std::vector<uint32_t> kPalette = {0xFF102030, 0xFFF0E0D0, 0xFF00FF00, 0xFF7F007F};
+const std::vector<uint32_t> kTranslucentPalette = {0xFF102030, 0x80F0E0D0, 0x00000000, 0xFF7F007F};
+
+StreamReaderPtr Reader(const std::string& bytes) {
+  return StreamReaderPtr(StreamReader::CreateMemoryStreamReader(bytes));
+}
+
+std::unique_ptr<Dib> Load(const std::string& bytes, ImageFormat format = host::kImageUnknown,
+                          Size* size = nullptr, const Rect* clip = nullptr, int* frame = nullptr) {
+  StreamReaderPtr reader = Reader(bytes);
+  return std::unique_ptr<Dib>(host::LoadBitmapFromStream(reader.get(), format, size, clip, frame));
+}
+
+// Pixels as seen with straight alpha, compared premultiplied, so that the
+// colour of (nearly) transparent pixels hardly counts.
+bool Near(uint32_t a, uint32_t b, int tolerance) {
+  const int alphaA = static_cast<int>(a >> 24), alphaB = static_cast<int>(b >> 24);
+  if (std::abs(alphaA - alphaB) > tolerance) return false;
+  for (int shift = 0; shift < 24; shift += 8) {
+    const int ca = static_cast<int>((a >> shift) & 0xFF) * alphaA / 255;
+    const int cb = static_cast<int>((b >> shift) & 0xFF) * alphaB / 255;
+    if (std::abs(ca - cb) > tolerance + 1) return false;
+  }
+  return true;
+}
+
+void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expected, int tolerance) {
+  int bad = 0;
+  for (int y = 0; y < dib.GetHeight(); ++y) {
+    for (int x = 0; x < dib.GetWidth(); ++x) {
+      const uint32_t got = dib.GetPixel(Point(x, y)), want = expected(x, y);
+      if (!Near(got, want, tolerance) && bad++ < 3) {
+        ADD_FAILURE() << "pixel (" << x << ", " << y << ") is " << std::hex << got << ", expected " << want;
+      }
+    }
+  }
+  EXPECT_EQ(bad, 0);
+}
+
+std::function<uint32_t(int, int)> Of(const ts::SampleImage& image) {
+  return [image](int x, int y) { return image.At(x, y); };
+}
+
+uint32_t Grey(uint32_t argb) {
+  const uint32_t g = (argb >> 8) & 0xFF;
+  return 0xFF000000u | g << 16 | g << 8 | g;
+}
+
+ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interlaced = false) {
+  ts::GifFrame f{0, 0, width, height, {}, transparent, interlaced};
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) f.indices.push_back(static_cast<uint8_t>((x + 3 * y) % 4));
+  }
+  return f;
+}
+
+// Replaces bytes of `s` at `offset`.
+std::string Patch(std::string s, size_t offset, const std::string& bytes) {
+  return s.replace(offset, bytes.size(), bytes);
+}
+
+std::string Be16(int v) { return {static_cast<char>(v >> 8), static_cast<char>(v & 0xFF)}; }
+std::string Le16(int v) { return {static_cast<char>(v & 0xFF), static_cast<char>(v >> 8)}; }
+std::string Le32(uint32_t v) { return Le16(static_cast<int>(v & 0xFFFF)) + Le16(static_cast<int>(v >> 16)); }
+
+// An 8-bit run-length BMP of a 4 x 2 picture: the bottom row a run of index
+// 1, the top row the literal indices 0 to 3, then the end-of-bitmap marker.
+std::string RleBmp() {
+  std::string bmp = ts::MakeBmp(ts::PaletteImage(4, 2, kPalette), 8, false, kPalette);
+  bmp.resize(14 + 40 + 4 * 4);
+  return Patch(bmp, 30, Le32(1)) + std::string("\x04\x01\x00\x00\x00\x04\x00\x01\x02\x03\x00\x01", 12);
+}
+
+struct DecodeCase {
+  const char* name;
+  std::function<std::string()> make;
+  ImageFormat format;
+  DibFormat dibFormat;
+  int width, height;
+  std::function<uint32_t(int, int)> expected;
+  int tolerance;
+};
+
+std::vector<DecodeCase> DecodeCases() {
+  const ts::SampleImage rgb = ts::GradientImage(13, 11, false);
+  const ts::SampleImage rgba = ts::GradientImage(13, 11, true);
+  const ts::SampleImage big = ts::GradientImage(40, 30, false);
+  const ts::SampleImage paletted = ts::PaletteImage(9, 7, kPalette);
+  const ts::SampleImage translucent = ts::PaletteImage(9, 7, kTranslucentPalette);
+  auto grey = [](const ts::SampleImage& im) { return [im](int x, int y) { return Grey(im.At(x, y)); }; };
+  const ts::SampleImage jbig2Expected = [] {
+    ts::SampleImage im{16, 4, std::vector<uint32_t>(64, 0xFF000000u)};
+    for (int y = 1; y < 3; ++y) {
+      for (int x = 4; x < 12; ++x) im.argb[y * 16 + x] = 0xFFFFFFFFu;
+    }
+    return im;
+  }();
+  return {
+      {"PngRgb", [=] { return ts::MakePng(rgb, false); }, host::kImagePng, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"PngRgba", [=] { return ts::MakePng(rgba, true); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba), 0},
+      {"Png16Bit", [=] { return ts::MakePng(rgba, true, 16); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba), 0},
+      {"PngInterlaced", [=] { return ts::MakePng(rgb, false, 8, true); }, host::kImagePng, host::kDibRgb24, 13, 11,
+       Of(rgb), 0},
+      {"PngPalette", [=] { return ts::MakePalettePng(paletted, kPalette); }, host::kImagePng, host::kDibIndexed8, 9,
+       7, Of(paletted), 0},
+      {"PngPaletteTrns", [=] { return ts::MakePalettePng(translucent, kTranslucentPalette); }, host::kImagePng,
+       host::kDibArgb32, 9, 7, Of(translucent), 0},
+      {"PngGrey", [=] { return ts::MakeGreyPng(rgb, 8); }, host::kImagePng, host::kDibIndexed8, 13, 11, grey(rgb), 0},
+      {"PngGrey16", [=] { return ts::MakeGreyPng(rgb, 16); }, host::kImagePng, host::kDibIndexed8, 13, 11, grey(rgb), 0},
+      {"JpegRgb", [=] { return ts::MakeJpeg(big, false); }, host::kImageJpeg, host::kDibRgb24, 40, 30, Of(big), 12},
+      {"JpegGrey", [=] { return ts::MakeJpeg(big, true); }, host::kImageJpeg, host::kDibIndexed8, 40, 30, grey(big), 6},
+      {"GifOpaque", [=] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7)}); }, host::kImageGif,
+       host::kDibIndexed8, 9, 7, Of(paletted), 0},
+      {"GifInterlaced", [=] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, -1, true)}); }, host::kImageGif,
+       host::kDibIndexed8, 9, 7, Of(paletted), 0},
+      {"GifTransparent", [=] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, 2)}); }, host::kImageGif,
+       host::kDibArgb32, 9, 7,
+       [=](int x, int y) { return (x + 3 * y) % 4 == 2 ? 0u : paletted.At(x, y); }, 0},
+      {"GifFrameInsideScreen",
+       [=] {
+         ts::GifFrame f = FullFrame(5, 3);
+         f.left = 2;
+         f.top = 1;
+         return ts::MakeGif(9, 7, kPalette, {f});
+       },
+       host::kImageGif, host::kDibArgb32, 9, 7,
+       [=](int x, int y) {
+         return x >= 2 && x < 7 && y >= 1 && y < 4 ? paletted.At(x - 2, y - 1) : 0u;
+       },
+       0},
+      {"Bmp24BottomUp", [=] { return ts::MakeBmp(rgb, 24, false); }, host::kImageBmp, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"Bmp24TopDown", [=] { return ts::MakeBmp(rgb, 24, true); }, host::kImageBmp, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"Bmp32", [=] { return ts::MakeBmp(rgb, 32, false); }, host::kImageBmp, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"Bmp8BottomUp", [=] { return ts::MakeBmp(paletted, 8, false, kPalette); }, host::kImageBmp,
+       host::kDibIndexed8, 9, 7, Of(paletted), 0},
+      {"Bmp8TopDown", [=] { return ts::MakeBmp(paletted, 8, true, kPalette); }, host::kImageBmp, host::kDibIndexed8,
+       9, 7, Of(paletted), 0},
+      {"Bmp8RunLength", RleBmp, host::kImageBmp, host::kDibIndexed8, 4, 2,
+       [](int x, int y) { return kPalette[y == 1 ? 1 : x]; }, 0},
+      {"TiffRgb", [=] { return ts::MakeTiff({rgb}, false); }, host::kImageTiff, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"TiffRgba", [=] { return ts::MakeTiff({rgba}, true); }, host::kImageTiff, host::kDibArgb32, 13, 11, Of(rgba), 1},
+      {"Jbig2", [] { return ts::MakeJbig2(16, 4, 4, 1, 8, 2); }, host::kImageJbig2, host::kDibIndexed8, 16, 4,
+       Of(jbig2Expected), 0},
+  };
+}
+
+void PrintTo(const DecodeCase& c, std::ostream* os) { *os << c.name; }
+
+class CodecDecodeTest : public testing::TestWithParam<DecodeCase> {};
+
+TEST_P(CodecDecodeTest, Decode_FormatSizeAndPixels) {
+  const DecodeCase& c = GetParam();
+  const std::string bytes = c.make();
+  ASSERT_FALSE(bytes.empty());
+  StreamReaderPtr reader = Reader(bytes);
+  EXPECT_EQ(host::GetImageFormat(reader.get()), c.format);
+  std::unique_ptr<Dib> dib = host::DecodeImage(reader.get());
+  ASSERT_TRUE(dib);
+  EXPECT_EQ(dib->GetFormat(), c.dibFormat);
+  ASSERT_EQ(dib->GetWidth(), c.width);
+  ASSERT_EQ(dib->GetHeight(), c.height);
+  ExpectPixels(*dib, c.expected, c.tolerance);
+  // Forcing the right format gives the same; the decoders keep no state.
+  std::unique_ptr<Dib> again = Load(bytes, c.format);
+  ASSERT_TRUE(again);
+  ExpectPixels(*again, [&](int x, int y) { return dib->GetPixel(Point(x, y)); }, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Codec, CodecDecodeTest, testing::ValuesIn(DecodeCases()),
+                         [](const testing::TestParamInfo<DecodeCase>& info) { return info.param.name; });
+
+TEST(Codec_Sniff, MagicBytesAndPosition) {
+  const struct {
+    std::string bytes;
+    ImageFormat format;
+  } cases[] = {
+      {"BM", host::kImageBmp},
+      {std::string("\xFF\xD8\xFF\xE0", 4), host::kImageJpeg},
+      {std::string("\xFF\xD8\x00", 3), host::kImageUnknown},
+      {"\x89PNG\r\n\x1a\n", host::kImagePng},
+      {"\x89PNG\r\n\x1a", host::kImageUnknown},
+      {"GIF87a", host::kImageGif},
+      {"GIF89a", host::kImageGif},
+      {"GIF90a", host::kImageUnknown},
+      {std::string("II*\0", 4), host::kImageTiff},
+      {std::string("MM\0*", 4), host::kImageTiff},
+      {std::string("MM*\0", 4), host::kImageUnknown},
+      {"\x97JB2\r\n\x1a\n", host::kImageJbig2},
+      {"PK\x03\x04", host::kImageUnknown},
+      {"", host::kImageUnknown},
+      {"B", host::kImageUnknown},
+  };
+  for (const auto& c : cases) {
+    StreamReaderPtr reader = Reader(c.bytes);
+    if (c.bytes.size() > 1) reader->SetPosition(1);
+    EXPECT_EQ(host::GetImageFormat(reader.get()), c.format) << c.bytes;
+    EXPECT_EQ(reader->GetPosition(), c.bytes.size() > 1 ? 1u : 0u);
+  }
+  EXPECT_EQ(host::GetImageFormat(nullptr), host::kImageUnknown);
+}
+
+TEST(Codec_PngEncode, RoundTripsEachFormat) {
+  const ts::SampleImage image = ts::GradientImage(13, 11, true);
+  for (DibFormat format : {host::kDibIndexed8, host::kDibRgb24, host::kDibArgb32}) {
+    std::unique_ptr<Dib> dib = Dib::Create(13, 11, format);
+    ASSERT_TRUE(dib);
+    if (format == host::kDibIndexed8) dib->SetPalette(kTranslucentPalette.data(), 4);
+    for (int y = 0; y < 11; ++y) {
+      for (int x = 0; x < 13; ++x) {
+        dib->SetPixel(Point(x, y), format == host::kDibIndexed8 ? kTranslucentPalette[(x + y) % 4] : image.At(x, y));
+      }
+    }
+    std::string png;
+    ASSERT_TRUE(host::EncodePng(*dib, png));
+    std::unique_ptr<Dib> back = Load(png);
+    ASSERT_TRUE(back);
+    // A translucent palette comes back as alpha; the others keep their format.
+    EXPECT_EQ(back->GetFormat(), format == host::kDibIndexed8 ? host::kDibArgb32 : format);
+    ExpectPixels(*back, [&](int x, int y) { return dib->GetPixel(Point(x, y)); }, 0);
+
+    // Through a file, which a reader without a buffer reads back.
+    const std::string path = ::testing::TempDir() + "codec_round_trip.png";
+    ASSERT_TRUE(host::WritePng(*dib, path.c_str()));
+    StreamReaderPtr file(StreamReader::CreateFileStreamReader(path.c_str()));
+    ASSERT_TRUE(file);
+    std::unique_ptr<Dib> fromFile = host::DecodeImage(file.get());
+    ASSERT_TRUE(fromFile);
+    ExpectPixels(*fromFile, [&](int x, int y) { return dib->GetPixel(Point(x, y)); }, 0);
+    std::remove(path.c_str());
+  }
+  EXPECT_FALSE(host::WritePng(*Dib::Create(2, 2, host::kDibRgb24), "/nonexistent-dir/x.png"));
+}
+
+TEST(Codec_Options, ClipImageSizeAndFrame) {
+  const ts::SampleImage image = ts::GradientImage(16, 12, false);
+  const std::string png = ts::MakePng(image, false);
+  Size size(-1, -1);
+  const Rect clip(4, 3, 10, 9);
+  std::unique_ptr<Dib> dib = Load(png, host::kImageUnknown, &size, &clip);
+  ASSERT_TRUE(dib);
+  EXPECT_EQ(size.width, 16);
+  EXPECT_EQ(size.height, 12);
+  ASSERT_EQ(dib->GetWidth(), 6);
+  ASSERT_EQ(dib->GetHeight(), 6);
+  ExpectPixels(*dib, [&](int x, int y) { return image.At(x + 4, y + 3); }, 0);
+
+  const Rect overhang(12, 10, 40, 40);
+  dib = Load(png, host::kImageUnknown, nullptr, &overhang);
+  ASSERT_TRUE(dib);
+  EXPECT_EQ(dib->GetWidth(), 4);
+  EXPECT_EQ(dib->GetHeight(), 2);
+  size = Size(-1, -1);
+  const Rect outside(20, 20, 30, 30);
+  EXPECT_FALSE(Load(png, host::kImageUnknown, &size, &outside));
+  EXPECT_EQ(size.width, -1);  // untouched on failure
+
+  // GIF frames compose; TIFF frames are directories; other formats have one.
+  ts::GifFrame patch{3, 2, 2, 2, {3, 3, 3, 3}, -1, false};
+  const std::string gif = ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7), patch});
+  const ts::SampleImage first = ts::PaletteImage(9, 7, kPalette);
+  int frame = 1;
+  dib = Load(gif, host::kImageUnknown, nullptr, nullptr, &frame);
+  ASSERT_TRUE(dib);
+  ExpectPixels(*dib, [&](int x, int y) {
+    return x >= 3 && x < 5 && y >= 2 && y < 4 ? kPalette[3] : first.At(x, y);
+  }, 0);
+  const ts::SampleImage second = ts::GradientImage(5, 4, true);
+  const std::string tiff = ts::MakeTiff({image, second}, true);
+  dib = Load(tiff, host::kImageUnknown, &size, nullptr, &frame);
+  ASSERT_TRUE(dib);
+  EXPECT_EQ(size.width, 5);
+  ExpectPixels(*dib, Of(second), 1);
+  for (int bad : {2, -1}) {
+    frame = bad;
+    EXPECT_FALSE(Load(gif, host::kImageUnknown, nullptr, nullptr, &frame)) << bad;
+    EXPECT_FALSE(Load(tiff, host::kImageUnknown, nullptr, nullptr, &frame)) << bad;
+  }
+  frame = 1;
+  EXPECT_FALSE(Load(png, host::kImageUnknown, nullptr, nullptr, &frame));
+}
+
+TEST(Codec_BadInput, NullWithoutPrinting) {
+  const ts::SampleImage rgb = ts::GradientImage(24, 20, false);
+  const ts::SampleImage paletted = ts::PaletteImage(24, 20, kPalette);
+  const std::string png = ts::MakePng(rgb, false);
+  const std::string jpeg = ts::MakeJpeg(rgb, false);
+  const std::string progressive = ts::MakeJpeg(rgb, false, true);
+  const std::string gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)});
+  const std::string bmp = ts::MakeBmp(rgb, 24, false);
+  const std::string bmp8 = ts::MakeBmp(paletted, 8, true, kPalette);
+  const std::string tiff = ts::MakeTiff({rgb}, false);
+  const std::string jbig2 = ts::MakeJbig2(16, 4, 4, 1, 8, 2);
+  const size_t sof = jpeg.find("\xFF\xC0");
+  const size_t gifImage = gif.find(',', 13 + 3 * 4);
+  ASSERT_NE(sof, std::string::npos);
+  ASSERT_NE(gifImage, std::string::npos);
+
+  std::vector<std::pair<std::string, std::string>> cases = {
+      {"empty", ""},
+      {"png zero width", ts::WithPngSize(png, 0, 20)},
+      {"png 100000 square", ts::WithPngSize(png, 100000, 100000)},
+      {"png too many pixels", ts::WithPngSize(png, 16384, 16384)},
+      {"png header checksum", Patch(png, 17, "\x7f")},
+      {"png data checksum", Patch(png, png.size() - 20, "\x55\xAA")},
+      {"jpeg zero height", Patch(jpeg, sof + 5, Be16(0))},
+      {"jpeg 60000 square", Patch(jpeg, sof + 5, Be16(60000) + Be16(60000))},
+      {"jpeg 12-bit", Patch(jpeg, sof + 4, "\x0C")},
+      {"gif huge screen", Patch(gif, 6, Le16(65535) + Le16(65535))},
+      {"gif zero-width frame", Patch(gif, gifImage + 5, Le16(0))},
+      {"gif bad code size", Patch(gif, gifImage + 10, "\x0F")},
+      {"bmp 7 bpp", Patch(bmp, 28, Le16(7))},
+      {"bmp zero width", Patch(bmp, 18, Le32(0))},
+      {"bmp 100000 high", Patch(bmp, 22, Le32(100000))},
+      {"bmp pixels past end", Patch(bmp, 10, Le32(0x7FFFFFF0))},
+      {"bmp header past end", Patch(bmp, 14, Le32(0x10000))},
+      {"bmp top-down run-length", Patch(bmp8, 30, Le32(1))},
+      {"tiff directory past end", Patch(tiff, 4, Le32(0xFFFFFF00))},
+      {"jbig2 huge page", ts::MakeJbig2(100000, 100000, 0, 0, 8, 2)},
+      {"jbig2 zero page", ts::MakeJbig2(0, 0, 0, 0, 8, 2)},
+      {"bmp run-length without end", RleBmp().substr(0, RleBmp().size() - 2)},
+      {"garbage", std::string(64, '\x5A')},
+  };
+  int index = 0;
+  for (const std::string& sample : {png, jpeg, progressive, gif, bmp, bmp8, tiff, jbig2}) {
+    ++index;
+    for (size_t cut : {size_t{1}, size_t{7}, sample.size() / 4, sample.size() / 2, sample.size() * 3 / 4,
+                       sample.size() - 14}) {
+      cases.emplace_back("sample " + std::to_string(index) + " cut at " + std::to_string(cut), sample.substr(0, cut));
+    }
+  }
+  // A format forced on another's bytes.
+  const std::string samples[] = {bmp, jpeg, png, gif, tiff, jbig2};
+  for (int forced = host::kImageBmp; forced <= host::kImageJbig2; ++forced) {
+    for (int actual = 0; actual < 6; ++actual) {
+      if (actual + 1 == forced) continue;
+      testing::internal::CaptureStderr();
+      EXPECT_FALSE(Load(samples[actual], static_cast<ImageFormat>(forced))) << forced << " on " << actual + 1;
+      EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+  }
+  for (const auto& [name, bytes] : cases) {
+    testing::internal::CaptureStderr();
+    Size size(-1, -1);
+    EXPECT_FALSE(Load(bytes, host::kImageUnknown, &size)) << name;
+    EXPECT_EQ(size.width, -1) << name;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << name;
+  }
+  EXPECT_FALSE(host::LoadBitmapFromStream(nullptr, host::kImageUnknown, nullptr, nullptr, nullptr));
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/base/app_context.h"
+#include "host/base/font.h"
+#include "host/base/font_mgr.h"
+#include "host/base/ft_face_source.h"
+#include "support/fixed_metrics_face.h"
+
+namespace {
+
+using testing_support::FixedMetricsFace;
+using testing_support::FixedMetricsFont;
+
+constexpr uint32_t kZhong = U'中';
+constexpr uint32_t kWen = U'文';
+
+std::vector<uint8_t> ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+host::FontMgr& Mgr() { return *host::AppContext::Get()->GetFontMgr(); }
+
+struct FamilyCase {
+  const char32_t* family;
+  const char* expectFamily;  // substring of Describe(); null: any CJK face
+};
+
+class FontFamilyTest : public ::testing::TestWithParam<FamilyCase> {};
+
+TEST_P(FontFamilyTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
+  const FamilyCase& c = GetParam();
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFont(c.family, nullptr, 3, 400, 0), 0);
+  ASSERT_NE(font.GetFaceHandle(), nullptr);
+  const std::string desc = font.GetFaceHandle()->Describe();
+  EXPECT_NE(font.GetGlyphIndex(kZhong), 0u) << desc;
+  EXPECT_NE(font.GetGlyphIndex(kWen), 0u) << desc;
+  if (c.expectFamily) {
+    EXPECT_NE(desc.find(c.expectFamily), std::string::npos) << desc;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Families, FontFamilyTest,
+    ::testing::Values(FamilyCase{U"宋体", "Noto Serif CJK SC"}, FamilyCase{U"黑体", "Noto Sans CJK SC"},
+                      FamilyCase{U"楷体", "AR PL UKai CN"}, FamilyCase{U"仿宋", "AR PL UMing CN"},
+                      FamilyCase{U"SimSun", "Noto Serif CJK SC"}, FamilyCase{U"KaiTi_GB2312", "AR PL UKai CN"},
+                      FamilyCase{U"仿宋_GB2312", "AR PL UMing CN"}, FamilyCase{U"Microsoft YaHei", "Noto Sans CJK SC"},
+                      FamilyCase{U"方正小标宋简体", "Noto Serif CJK SC"}, FamilyCase{U"华文楷体", "AR PL UKai CN"},
+                      FamilyCase{U"Times New Roman", nullptr}, FamilyCase{U"No Such Family 42", nullptr},
+                      FamilyCase{U"", nullptr}, FamilyCase{nullptr, nullptr}));
+
+TEST(FontMgrTest, FontMgr_InstalledLatinFamilyIsUsedAsIs) {
+  auto face = Mgr().FindFace("DejaVu Serif", 400, false);
+  ASSERT_NE(face, nullptr);
+  EXPECT_NE(face->Describe().find("DejaVu Serif"), std::string::npos) << face->Describe();
+  EXPECT_EQ(face, Mgr().FindFace("dejavu serif", 400, false));
+}
+
+TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
+  auto regular = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 400, false));
+  auto bold = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 700, false));
+  ASSERT_TRUE(regular && bold);
+  EXPECT_NE(regular, bold);
+  EXPECT_FALSE(regular->IsBold());
+  EXPECT_TRUE(bold->IsBold()) << bold->Describe();
+  EXPECT_NE(bold->GlyphIndex(kZhong), 0u);
+
+  // An unknown family in bold falls back to a CJK face that is really bold.
+  auto boldFallback = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("No Such Family 42", 700, false));
+  ASSERT_TRUE(boldFallback);
+  EXPECT_TRUE(boldFallback->IsBold()) << boldFallback->Describe();
+
+  auto italic = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("DejaVu Serif", 400, true));
+  ASSERT_TRUE(italic);
+  EXPECT_TRUE(italic->IsItalic()) << italic->Describe();
+}
+
+TEST(FontMgrTest, FontMgr_AltFamilyUsedWhenFamilyUnknown) {
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFont(U"No Such Family 42", U"楷体", 3, 400, 0), 0);
+  EXPECT_NE(font.GetFaceHandle()->Describe().find("AR PL UKai CN"), std::string::npos);
+  // A known family wins over the alternative.
+  ASSERT_NE(font.LoadFont(U"黑体", U"楷体", 3, 400, 0), 0);
+  EXPECT_NE(font.GetFaceHandle()->Describe().find("Noto Sans CJK SC"), std::string::npos);
+}
+
+TEST(FontMgrTest, FontMgr_CacheReturnsSameFace) {
+  auto a = Mgr().FindFace("宋体", 400, false);
+  ASSERT_NE(a, nullptr);
+  EXPECT_EQ(a, Mgr().FindFace("宋体", 400, false));
+  // Different names for one file share the face.
+  EXPECT_EQ(a, Mgr().FindFace("simsun", 400, false));
+  EXPECT_EQ(a, Mgr().FindFace("NSimSun", 400, false));
+  host::Font f1(nullptr), f2(nullptr);
+  ASSERT_NE(f1.LoadFont(U"SimSun", nullptr, 3, 400, 0), 0);
+  ASSERT_NE(f2.LoadFont(U"宋体", nullptr, 3, 400, 0), 0);
+  EXPECT_EQ(f1.GetFaceHandle(), f2.GetFaceHandle());
+}
+
+TEST(FontMgrTest, FontMgr_ConcurrentFindFaceLoadsOneFace) {
+  host::FontMgr mgr;  // fresh: nothing cached yet
+  std::vector<std::shared_ptr<const host::FaceSource>> got(8);
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < got.size(); ++i) {
+    threads.emplace_back([&, i] {
+      got[i] = mgr.FindFace("楷体", 400, false);
+      // Glyph calls race with the other threads' loads.
+      if (got[i]) got[i]->GlyphHeight(got[i]->GlyphIndex(kZhong));
+    });
+  }
+  for (auto& t : threads) t.join();
+  ASSERT_NE(got[0], nullptr);
+  for (const auto& f : got) EXPECT_EQ(f, got[0]);
+}
+
+TEST(FontMgrTest, FontMgr_RegisteredFaceOverrides) {
+  host::FontMgr mgr;
+  auto fixed = std::make_shared<FixedMetricsFace>(std::map<uint32_t, testing_support::GlyphMetrics>{{kZhong, {7, 900, 800}}});
+  mgr.RegisterFace("Test Face", fixed);
+  mgr.RegisterFace("宋体", fixed);
+  EXPECT_EQ(mgr.FindFace("test face", 700, true), fixed);
+  host::Font font(&mgr);
+  ASSERT_NE(font.LoadFont(U"宋体", nullptr, 3, 400, 0), 0);
+  EXPECT_EQ(font.GetFaceHandle(), fixed.get());
+  EXPECT_EQ(font.GetGlyphIndex(kZhong), 7u);
+  EXPECT_EQ(mgr.GetGlyphAdvance(font.GetFaceHandle(), 7), 900);
+  mgr.UnregisterFace("宋体");
+  auto real = mgr.FindFace("宋体", 400, false);
+  ASSERT_NE(real, nullptr);
+  EXPECT_NE(real, fixed);
+}
+
+TEST(FontMetricsTest, FontMetrics_CjkFullWidthLatinNarrower) {
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFont(U"黑体", nullptr, 3, 400, 0), 0);
+  const uint32_t zhong = font.GetGlyphIndex(kZhong);
+  const uint32_t i = font.GetGlyphIndex('i');
+  const uint32_t underscore = font.GetGlyphIndex('_');
+  ASSERT_TRUE(zhong && i && underscore);
+  EXPECT_EQ(font.GetGlyphAdvance(zhong), 1000);
+  EXPECT_GT(font.GetGlyphAdvance(i), 0);
+  EXPECT_LT(font.GetGlyphAdvance(i), 1000);
+  const int hZhong = font.GetGlyphHeight(zhong);
+  EXPECT_GT(hZhong, 600);
+  EXPECT_LE(hZhong, 1000);
+  EXPECT_GE(font.GetGlyphHeight(underscore), 0);
+  EXPECT_LT(font.GetGlyphHeight(underscore), hZhong / 4);
+  EXPECT_EQ(font.GetGlyphHeight(font.GetGlyphIndex(' ')), 0);
+  // Out-of-range glyphs and an empty font answer 0.
+  EXPECT_EQ(font.GetGlyphAdvance(0xFFFFFF), 0);
+  EXPECT_EQ(font.GetGlyphHeight(0xFFFFFF), 0);
+  host::Font empty(nullptr);
+  EXPECT_EQ(empty.GetGlyphIndex(kZhong), 0u);
+  EXPECT_EQ(empty.GetGlyphAdvance(1), 0);
+  EXPECT_EQ(Mgr().GetGlyphIndex(nullptr, kZhong), 0u);
+}
+
+TEST(FontMemoryTest, FontMemory_LoadsInstalledFileAndRefusesGarbage) {
+  int index = -1;
+  const std::string path = Mgr().ResolveFile("DejaVu Sans", 400, false, &index);
+  ASSERT_FALSE(path.empty());
+  EXPECT_EQ(index, 0);
+  std::vector<uint8_t> bytes = ReadFile(path);
+  ASSERT_FALSE(bytes.empty());
+
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFontFromMemory(bytes.data(), bytes.size()), 0);
+  const uint32_t a = font.GetGlyphIndex('A');
+  EXPECT_NE(a, 0u);
+  EXPECT_GT(font.GetGlyphAdvance(a), 500);
+  EXPECT_GT(font.GetGlyphHeight(a), 600);
+  EXPECT_NE(font.GetFaceHandle()->Describe().find("<memory>"), std::string::npos);
+  // The bytes were copied.
+  std::fill(bytes.begin(), bytes.end(), 0);
+  EXPECT_EQ(font.GetGlyphIndex('A'), a);
+
+  const std::vector<uint8_t> garbage(4096, 0x5A);
+  host::Font bad(nullptr);
+  EXPECT_EQ(bad.LoadFontFromMemory(garbage.data(), garbage.size()), 0);
+  EXPECT_EQ(bad.LoadFontFromMemory(nullptr, 100), 0);
+  EXPECT_EQ(bad.LoadFontFromMemory(garbage.data(), 0), 0);
+  EXPECT_EQ(bad.GetFaceHandle(), nullptr);
+  const std::vector<uint8_t> real = ReadFile(path);
+  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), 64), 0);
+  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), real.size(), 5), 0);
+  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), real.size(), -1), 0);
+}
+
+TEST(FontMemoryTest, FontMemory_TruncatedFontNeverCrashes) {
+  const std::vector<uint8_t> bytes = ReadFile(Mgr().ResolveFile("DejaVu Sans", 400, false, nullptr));
+  ASSERT_GT(bytes.size(), 4096u);
+  for (size_t n : {size_t{12}, size_t{300}, size_t{2048}, bytes.size() / 2}) {
+    host::Font font(nullptr);
+    if (font.LoadFontFromMemory(bytes.data(), n) == 0) continue;
+    for (uint32_t code : {uint32_t{'A'}, uint32_t{'g'}, kZhong}) {
+      const uint32_t g = font.GetGlyphIndex(code);
+      EXPECT_GE(font.GetGlyphHeight(g), 0);
+      font.GetGlyphAdvance(g);
+    }
+  }
+}
+
+TEST(FontFixedMetricsTest, FixedMetrics_ReportsTableAndDefaults) {
+  FixedMetricsFont font({{U'A', {1, 500, 700}}, {kZhong, {2, 1000, 800}}}, 600, 300);
+  EXPECT_EQ(font.GetGlyphIndex(U'A'), 1u);
+  EXPECT_EQ(font.GetGlyphAdvance(1), 500);
+  EXPECT_EQ(font.GetGlyphHeight(2), 800);
+  EXPECT_EQ(font.GetGlyphIndex(U'B'), 0u);
+  EXPECT_EQ(font.GetGlyphAdvance(0), 600);
+  EXPECT_EQ(font.GetGlyphHeight(0), 300);
+  ASSERT_NE(font.GetFaceHandle(), nullptr);
+  EXPECT_EQ(font.GetFaceHandle()->FtFace(), nullptr);
+}
+
+}  // namespace

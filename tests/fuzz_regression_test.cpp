@@ -1,0 +1,42 @@
+// Replays the fuzz corpora (seeds and minimised crash inputs) through the
+// entry points they were found with, so that a fixed crash stays fixed.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+
+#include "tarvik/tarvik.h"
+
+namespace tarvik {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadAll(const fs::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+TEST(FuzzCorpus_ParseSealImage, EveryInputIsHandled) {
+  const fs::path dir = fs::path(TARVIK_SOURCE_DIR) / "fuzz" / "corpus" / "parse_seal_image";
+  int count = 0;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (!entry.is_regular_file()) continue;
+    std::string bytes = ReadAll(entry.path());
+    bool isOfd = false;
+    ::testing::internal::CaptureStdout();
+    std::unique_ptr<Dib> dib(ParseSealImage(reinterpret_cast<unsigned char*>(bytes.data()),
+                                            static_cast<unsigned>(bytes.size()), 64, 64, 0, isOfd));
+    const std::string printed = ::testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(printed.empty() || printed == "Found unknown seal image type\n")
+        << entry.path();
+    ++count;
+  }
+  EXPECT_GT(count, 0) << "no corpus in " << dir;
+}
+
+}  // namespace
+}  // namespace tarvik

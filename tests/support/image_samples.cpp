@@ -1,0 +1,339 @@
+#include "support/image_samples.h"
+
+#include <cstdio>  // jpeglib.h needs FILE first
+
+#include <gif_lib.h>
+#include <jpeglib.h>
+#include <png.h>
+#include <tiffio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace testing_support {
+
+namespace {
+
+uint8_t R(uint32_t c) { return static_cast<uint8_t>(c >> 16); }
+uint8_t G(uint32_t c) { return static_cast<uint8_t>(c >> 8); }
+uint8_t B(uint32_t c) { return static_cast<uint8_t>(c); }
+uint8_t A(uint32_t c) { return static_cast<uint8_t>(c >> 24); }
+
+void PutU16(std::string& s, uint32_t v) {
+  s += static_cast<char>(v & 0xFF);
+  s += static_cast<char>((v >> 8) & 0xFF);
+}
+void PutU32(std::string& s, uint32_t v) {
+  PutU16(s, v & 0xFFFF);
+  PutU16(s, v >> 16);
+}
+void PutBe32(std::string& s, uint32_t v) {
+  for (int shift = 24; shift >= 0; shift -= 8) s += static_cast<char>((v >> shift) & 0xFF);
+}
+
+void PngAppend(png_structp png, png_bytep data, size_t n) {
+  static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<const char*>(data), n);
+}
+
+struct PngJob {
+  int width, height, colorType, depth;
+  bool interlaced;
+  std::vector<uint8_t> bytes;  // rows, packed
+  std::vector<png_color> palette;
+  std::vector<png_byte> trns;
+  std::string out;
+};
+
+bool RunPngJob(png_structp png, png_infop info, PngJob* job) {
+  if (setjmp(png_jmpbuf(png))) return false;
+  png_set_write_fn(png, &job->out, PngAppend, nullptr);
+  png_set_IHDR(png, info, job->width, job->height, job->depth, job->colorType,
+               job->interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+               PNG_FILTER_TYPE_DEFAULT);
+  if (!job->palette.empty()) png_set_PLTE(png, info, job->palette.data(), static_cast<int>(job->palette.size()));
+  if (!job->trns.empty()) png_set_tRNS(png, info, job->trns.data(), static_cast<int>(job->trns.size()), nullptr);
+  png_write_info(png, info);
+  std::vector<png_bytep> rows;
+  const size_t rowBytes = job->bytes.size() / job->height;
+  for (int y = 0; y < job->height; ++y) rows.push_back(job->bytes.data() + rowBytes * y);
+  png_write_image(png, rows.data());
+  png_write_end(png, nullptr);
+  return true;
+}
+
+std::string WritePng(PngJob job) {
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  const bool ok = RunPngJob(png, info, &job);
+  png_destroy_write_struct(&png, &info);
+  return ok ? job.out : std::string();
+}
+
+uint32_t Crc32(const std::string& s, size_t from, size_t to) {
+  uint32_t crc = 0xFFFFFFFFu;
+  for (size_t i = from; i < to; ++i) {
+    crc ^= static_cast<uint8_t>(s[i]);
+    for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1)));
+  }
+  return ~crc;
+}
+
+int GifAppend(GifFileType* gif, const GifByteType* data, int n) {
+  static_cast<std::string*>(gif->UserData)->append(reinterpret_cast<const char*>(data), n);
+  return n;
+}
+
+}  // namespace
+
+SampleImage GradientImage(int width, int height, bool alpha) {
+  SampleImage image{width, height, {}};
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const uint32_t r = x * 255 / (width - 1), g = y * 255 / (height - 1);
+      const uint32_t b = (x + y) * 255 / (width + height - 2);
+      const uint32_t a = alpha ? r : 255;
+      image.argb.push_back(a << 24 | r << 16 | g << 8 | b);
+    }
+  }
+  return image;
+}
+
+SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& palette) {
+  SampleImage image{width, height, {}};
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) image.argb.push_back(palette[(x + 3 * y) % palette.size()]);
+  }
+  return image;
+}
+
+std::string MakePng(const SampleImage& image, bool alpha, int bitDepth, bool interlaced) {
+  PngJob job{image.width, image.height, alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, bitDepth,
+             interlaced, {}, {}, {}, {}};
+  for (uint32_t c : image.argb) {
+    const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
+    for (int i = 0; i < (alpha ? 4 : 3); ++i) {
+      job.bytes.push_back(channels[i]);
+      if (bitDepth == 16) job.bytes.push_back(channels[i]);  // v * 257, big-endian
+    }
+  }
+  return WritePng(std::move(job));
+}
+
+std::string MakePalettePng(const SampleImage& image, const std::vector<uint32_t>& palette) {
+  PngJob job{image.width, image.height, PNG_COLOR_TYPE_PALETTE, 8, false, {}, {}, {}, {}};
+  bool translucent = false;
+  for (uint32_t c : palette) {
+    job.palette.push_back(png_color{R(c), G(c), B(c)});
+    job.trns.push_back(A(c));
+    translucent |= A(c) != 255;
+  }
+  if (!translucent) job.trns.clear();
+  for (int y = 0; y < image.height; ++y) {
+    for (int x = 0; x < image.width; ++x) job.bytes.push_back(static_cast<uint8_t>((x + 3 * y) % palette.size()));
+  }
+  return WritePng(std::move(job));
+}
+
+std::string MakeGreyPng(const SampleImage& image, int bitDepth) {
+  PngJob job{image.width, image.height, PNG_COLOR_TYPE_GRAY, bitDepth, false, {}, {}, {}, {}};
+  for (uint32_t c : image.argb) {
+    job.bytes.push_back(G(c));
+    if (bitDepth == 16) job.bytes.push_back(G(c));
+  }
+  return WritePng(std::move(job));
+}
+
+std::string WithPngSize(std::string png, uint32_t width, uint32_t height) {
+  std::string fields;
+  PutBe32(fields, width);
+  PutBe32(fields, height);
+  png.replace(16, 8, fields);
+  std::string crc;
+  PutBe32(crc, Crc32(png, 12, 29));
+  png.replace(29, 4, crc);
+  return png;
+}
+
+std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive) {
+  jpeg_compress_struct cinfo;
+  jpeg_error_mgr err;
+  cinfo.err = jpeg_std_error(&err);
+  jpeg_create_compress(&cinfo);
+  unsigned char* buffer = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&cinfo, &buffer, &size);
+  cinfo.image_width = image.width;
+  cinfo.image_height = image.height;
+  cinfo.input_components = grey ? 1 : 3;
+  cinfo.in_color_space = grey ? JCS_GRAYSCALE : JCS_RGB;
+  jpeg_set_defaults(&cinfo);
+  jpeg_set_quality(&cinfo, 95, TRUE);
+  if (progressive) jpeg_simple_progression(&cinfo);
+  jpeg_start_compress(&cinfo, TRUE);
+  std::vector<JSAMPLE> row;
+  for (int y = 0; y < image.height; ++y) {
+    row.clear();
+    for (int x = 0; x < image.width; ++x) {
+      const uint32_t c = image.At(x, y);
+      if (grey) {
+        row.push_back(G(c));
+      } else {
+        row.insert(row.end(), {R(c), G(c), B(c)});
+      }
+    }
+    JSAMPROW p = row.data();
+    jpeg_write_scanlines(&cinfo, &p, 1);
+  }
+  jpeg_finish_compress(&cinfo);
+  jpeg_destroy_compress(&cinfo);
+  std::string out(reinterpret_cast<const char*>(buffer), size);
+  std::free(buffer);
+  return out;
+}
+
+std::string MakeGif(int width, int height, const std::vector<uint32_t>& palette,
+                    const std::vector<GifFrame>& frames) {
+  std::string out;
+  int error = 0;
+  GifFileType* gif = EGifOpen(&out, GifAppend, &error);
+  if (!gif) return {};
+  int count = 2;
+  while (count < static_cast<int>(palette.size())) count *= 2;
+  std::vector<GifColorType> colours(count, GifColorType{0, 0, 0});
+  for (size_t i = 0; i < palette.size(); ++i) colours[i] = GifColorType{R(palette[i]), G(palette[i]), B(palette[i])};
+  ColorMapObject* map = GifMakeMapObject(count, colours.data());
+  EGifSetGifVersion(gif, true);
+  bool ok = EGifPutScreenDesc(gif, width, height, 8, 0, map) == GIF_OK;
+  for (const GifFrame& f : frames) {
+    if (f.transparent >= 0) {
+      GraphicsControlBlock gcb{DISPOSAL_UNSPECIFIED, false, 0, f.transparent};
+      GifByteType ext[4];
+      EGifGCBToExtension(&gcb, ext);
+      ok = ok && EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, 4, ext) == GIF_OK;
+    }
+    ok = ok && EGifPutImageDesc(gif, f.left, f.top, f.width, f.height, f.interlaced, nullptr) == GIF_OK;
+    // Interlaced rows are stored pass by pass.
+    std::vector<int> order;
+    if (f.interlaced) {
+      for (auto [start, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}}) {
+        for (int y = start; y < f.height; y += step) order.push_back(y);
+      }
+    } else {
+      for (int y = 0; y < f.height; ++y) order.push_back(y);
+    }
+    std::vector<GifPixelType> line(f.width);
+    for (int y : order) {
+      std::copy_n(f.indices.begin() + static_cast<size_t>(y) * f.width, f.width, line.begin());
+      ok = ok && EGifPutLine(gif, line.data(), f.width) == GIF_OK;
+    }
+  }
+  ok = EGifCloseFile(gif, &error) == GIF_OK && ok;
+  GifFreeMapObject(map);
+  return ok ? out : std::string();
+}
+
+std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::vector<uint32_t>& palette) {
+  const int colours = bpp == 8 ? static_cast<int>(palette.size()) : 0;
+  const uint32_t stride = (image.width * bpp + 31) / 32 * 4;
+  const uint32_t offset = 14 + 40 + 4 * colours;
+  std::string out = "BM";
+  PutU32(out, offset + stride * image.height);
+  PutU32(out, 0);
+  PutU32(out, offset);
+  PutU32(out, 40);
+  PutU32(out, image.width);
+  PutU32(out, topDown ? -image.height : image.height);
+  PutU16(out, 1);
+  PutU16(out, bpp);
+  for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) PutU32(out, v);
+  for (uint32_t c : palette) PutU32(out, c & 0xFFFFFF);
+  for (int row = 0; row < image.height; ++row) {
+    const int y = topDown ? row : image.height - 1 - row;
+    std::string line;
+    for (int x = 0; x < image.width; ++x) {
+      const uint32_t c = image.At(x, y);
+      if (bpp == 8) {
+        line += static_cast<char>(std::find(palette.begin(), palette.end(), c) - palette.begin());
+      } else {
+        line += {static_cast<char>(B(c)), static_cast<char>(G(c)), static_cast<char>(R(c))};
+        if (bpp == 32) line += '\x7f';  // ignored by plain 32-bit BMPs
+      }
+    }
+    line.resize(stride, '\0');
+    out += line;
+  }
+  return out;
+}
+
+std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha) {
+  char path[] = "/tmp/tarvik_sample_XXXXXX";
+  const int fd = mkstemp(path);
+  if (fd < 0) return {};
+  TIFF* tif = TIFFFdOpen(fd, path, "w");
+  const int channels = alpha ? 4 : 3;
+  for (const SampleImage& page : pages) {
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, page.width);
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, page.height);
+    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, channels);
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 4);
+    if (alpha) {
+      const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
+      TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
+    }
+    std::vector<uint8_t> row;
+    for (int y = 0; y < page.height; ++y) {
+      row.clear();
+      for (int x = 0; x < page.width; ++x) {
+        const uint32_t c = page.At(x, y);
+        row.insert(row.end(), {R(c), G(c), B(c)});
+        if (alpha) row.push_back(A(c));
+      }
+      TIFFWriteScanline(tif, row.data(), y, 0);
+    }
+    TIFFWriteDirectory(tif);
+  }
+  TIFFClose(tif);
+  std::ifstream in(path, std::ios::binary);
+  std::string out{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  unlink(path);
+  return out;
+}
+
+std::string MakeJbig2(int pageWidth, int pageHeight, int left, int top, int width, int height) {
+  std::string out("\x97JB2\r\n\x1a\n\x01", 9);  // sequential, one page
+  PutBe32(out, 1);
+  auto segment = [&out](uint32_t number, uint8_t type, uint8_t page, const std::string& data) {
+    PutBe32(out, number);
+    out += static_cast<char>(type);
+    out += '\0';  // no referred-to segments
+    out += static_cast<char>(page);
+    PutBe32(out, static_cast<uint32_t>(data.size()));
+    out += data;
+  };
+  std::string info;
+  for (uint32_t v : {static_cast<uint32_t>(pageWidth), static_cast<uint32_t>(pageHeight), 0u, 0u}) PutBe32(info, v);
+  info += '\x44';  // default pixel black; regions choose their operator
+  info += std::string(2, '\0');
+  segment(0, 48, 1, info);
+  std::string region;
+  for (int v : {width, height, left, top}) PutBe32(region, static_cast<uint32_t>(v));
+  region += '\x04';  // replace
+  region += '\x01';  // MMR
+  // In MMR coding, a white row under a white reference row is one V0 code: "1".
+  std::string bits((height + 7) / 8, '\0');
+  for (int y = 0; y < height; ++y) bits[y / 8] = static_cast<char>(bits[y / 8] | (0x80 >> (y % 8)));
+  segment(1, 39, 1, region + bits);
+  segment(2, 49, 1, "");
+  segment(3, 51, 0, "");
+  return out;
+}
+
+}  // namespace testing_support

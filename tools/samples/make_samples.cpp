@@ -1,0 +1,97 @@
+// Writes the sample files under testdata/ that the demo and the tests use:
+//   tarvik_make_samples OUTPUT_DIR
+// The seal picture is drawn with the host platform's own device and fonts,
+// so the samples can be made again on any machine.
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "host/base/codec.h"
+#include "host/base/device.h"
+#include "host/base/font.h"
+#include "host/base/path.h"
+
+namespace {
+
+constexpr uint32_t kSealRed = 0xFFD7261E;
+constexpr float kPi = 3.14159265358979f;
+
+// A five-pointed star centred at (cx, cy) with outer radius r, one point up.
+host::Path Star(float cx, float cy, float r) {
+  host::Path path;
+  const float inner = r * 0.382f;
+  for (int i = 0; i < 10; ++i) {
+    const float radius = i % 2 == 0 ? r : inner;
+    const float angle = -kPi / 2 + static_cast<float>(i) * kPi / 5;
+    const float x = cx + radius * std::cos(angle);
+    const float y = cy + radius * std::sin(angle);
+    if (i == 0) {
+      path.MoveTo(x, y);
+    } else {
+      path.LineTo(x, y);
+    }
+  }
+  path.Close();
+  return path;
+}
+
+// Draws `text` upright along the upper arc of a circle, one character at a
+// time, each turned to face the centre.
+void DrawArcText(host::Device& device, host::Font& font, const std::u32string& text, float cx,
+                 float cy, float radius, float size, float spanDegrees) {
+  const float step = spanDegrees / static_cast<float>(text.size() - 1) * kPi / 180;
+  const float start = -kPi / 2 - step * static_cast<float>(text.size() - 1) / 2;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const float angle = start + step * static_cast<float>(i);
+    const float turn = angle + kPi / 2;
+    const float advance =
+        static_cast<float>(font.GetGlyphAdvance(font.GetGlyphIndex(text[i]))) * size / 1000;
+    // Centre the glyph on the arc: back off half its advance along the
+    // baseline and put the baseline a little inside the circle.
+    const float px = cx + radius * std::cos(angle);
+    const float py = cy + radius * std::sin(angle);
+    const float c = std::cos(turn), s = std::sin(turn);
+    const host::Matrix m(c, s, -s, c, px - c * advance / 2, py - s * advance / 2);
+    device.DrawText(&text[i], 1, &font, &m, kSealRed, size);
+  }
+}
+
+bool WriteSealPicture(const std::string& path) {
+  constexpr int kSide = 240;
+  auto device = host::CreateBitmapDevice(kSide, kSide, host::kDibArgb32, 0x00FFFFFF);
+  if (!device) return false;
+  const float c = kSide / 2.0f;
+
+  host::Path ring;
+  ring.AddEllipse(c, c, c - 8, c - 8);
+  host::StrokeStyle pen;
+  pen.width = 8;
+  device->StrokePath(ring, host::Matrix(), kSealRed, pen);
+  device->FillPath(Star(c, c, 34), host::Matrix(), kSealRed, host::FillRule::kNonZero);
+
+  host::Font font(nullptr);
+  if (!font.LoadFont(U"宋体", nullptr, 3, 700, 0)) return false;
+  DrawArcText(*device, font, U"塔维克示例印章有限公司", c, c, c - 50, 25, 230);
+  const std::u32string label = U"样章";
+  const host::Matrix labelAt(1, 0, 0, 1, c - 26, c + 72);
+  device->DrawText(label.c_str(), static_cast<int>(label.size()), &font, &labelAt, kSealRed, 26);
+
+  std::unique_ptr<host::Dib> dib(device->TakeBitmap());
+  return dib && host::WritePng(*dib, path.c_str());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: tarvik_make_samples OUTPUT_DIR\n", stderr);
+    return 2;
+  }
+  const std::string dir = argv[1];
+  if (!WriteSealPicture(dir + "/sample_seal.png")) {
+    std::fputs("tarvik_make_samples: cannot write the seal picture\n", stderr);
+    return 1;
+  }
+  return 0;
+}
