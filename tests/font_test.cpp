@@ -57,7 +57,8 @@ INSTANTIATE_TEST_SUITE_P(
                       FamilyCase{U"仿宋_GB2312", "AR PL UMing CN"}, FamilyCase{U"Microsoft YaHei", "Noto Sans CJK SC"},
                       FamilyCase{U"方正小标宋简体", "Noto Serif CJK SC"}, FamilyCase{U"华文楷体", "AR PL UKai CN"},
                       FamilyCase{U"Times New Roman", nullptr}, FamilyCase{U"No Such Family 42", nullptr},
-                      FamilyCase{U"", nullptr}, FamilyCase{nullptr, nullptr}));
+                      FamilyCase{U"", nullptr}, FamilyCase{nullptr, nullptr}),
+    [](const ::testing::TestParamInfo<FamilyCase>& info) { return "Case" + std::to_string(info.index); });
 
 TEST(FontMgrTest, FontMgr_InstalledLatinFamilyIsUsedAsIs) {
   auto face = Mgr().FindFace("DejaVu Serif", 400, false);
