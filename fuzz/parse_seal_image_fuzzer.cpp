@@ -22,8 +22,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       bytes.data(), static_cast<unsigned int>(bytes.size()), 64, 64, 0, isOfd));
   if (dib) {
     // Touch every row so that a wrong pitch or height shows up under ASan.
-    volatile uint8_t sink = 0;
-    for (int y = 0; y < dib->GetHeight(); ++y) sink ^= dib->GetScanline(y)[dib->GetPitch() - 1];
+    uint8_t sum = 0;
+    for (int y = 0; y < dib->GetHeight(); ++y) sum ^= dib->GetScanline(y)[dib->GetPitch() - 1];
+    volatile uint8_t sink = sum;
     (void)sink;
   }
   return 0;

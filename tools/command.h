@@ -10,5 +10,6 @@ namespace tools {
 bool ReadFile(const std::string& path, std::string& out);
 
 int RunSeal(const std::vector<std::string>& args);
+int RunRender(const std::vector<std::string>& args);
 
 }  // namespace tools

@@ -16,6 +16,9 @@ void Usage(std::FILE* out) {
       "commands:\n"
       "  seal FILE -o OUT.png [--dpi D] [--size WxH]\n"
       "      decode a seal picture (raster or OFD package) and write it as PNG\n"
+      "  render FILE.ofd [--page N] [--dpi D] -o OUT.png\n"
+      "      draw a document's pages (default: all, as OUT-1.png, OUT-2.png, ...;\n"
+      "      150 dpi)\n"
       "  help\n"
       "      show this text\n",
       out);
@@ -35,6 +38,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (command == "seal") return tools::RunSeal(args);
+  if (command == "render") return tools::RunRender(args);
   std::fprintf(stderr, "tarvik: unknown command '%s'\n", command.c_str());
   Usage(stderr);
   return 2;

@@ -428,6 +428,96 @@ bool BitmapDevice::OnDrawBitmapMatrix(const Dib& dib, const Matrix& matrix, int 
   return IsOk(cr);
 }
 
+bool BitmapDevice::OnFillPathGradient(const Path& path, const Matrix& matrix,
+                                      const Gradient& gradient, FillRule rule, int alpha,
+                                      BlendMode blend) {
+  cairo_matrix_t ctm;
+  if (!canvas_ || !ToCairoMatrix(matrix, &ctm)) return false;
+  for (float v : {gradient.x0, gradient.y0, gradient.r0, gradient.x1, gradient.y1, gradient.r1}) {
+    if (!std::isfinite(v)) return false;
+  }
+  CairoPatternPtr pattern(
+      gradient.kind == Gradient::Kind::kRadial
+          ? cairo_pattern_create_radial(gradient.x0, gradient.y0, std::max(0.0f, gradient.r0),
+                                        gradient.x1, gradient.y1, std::max(0.0f, gradient.r1))
+          : cairo_pattern_create_linear(gradient.x0, gradient.y0, gradient.x1, gradient.y1));
+  if (cairo_pattern_status(pattern.get()) != CAIRO_STATUS_SUCCESS) return false;
+  const double opacity = std::clamp(alpha, 0, 255) / 255.0;
+  for (const GradientStop& stop : gradient.stops) {
+    const uint32_t c = stop.color;
+    const double offset = std::isfinite(stop.offset) ? std::clamp(stop.offset, 0.0f, 1.0f) : 0.0;
+    cairo_pattern_add_color_stop_rgba(pattern.get(), offset, ((c >> 16) & 0xFF) / 255.0,
+                                      ((c >> 8) & 0xFF) / 255.0, (c & 0xFF) / 255.0,
+                                      (c >> 24) / 255.0 * opacity);
+  }
+  static constexpr cairo_extend_t kExtends[] = {CAIRO_EXTEND_NONE, CAIRO_EXTEND_PAD,
+                                                CAIRO_EXTEND_REPEAT, CAIRO_EXTEND_REFLECT};
+  cairo_pattern_set_extend(pattern.get(),
+                           kExtends[std::min<size_t>(static_cast<size_t>(gradient.extend), 3)]);
+  // The path is built in device space, so the pattern maps device to user space.
+  cairo_matrix_t inverse = ctm;
+  cairo_matrix_invert(&inverse);
+  cairo_pattern_set_matrix(pattern.get(), &inverse);
+
+  cairo_t* cr = canvas_->cr.get();
+  if (!SetPath(cr, path, matrix)) return false;
+  cairo_save(cr);
+  cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
+                                                     : CAIRO_FILL_RULE_WINDING);
+  cairo_set_source(cr, pattern.get());
+  SetBlend(cr, blend);
+  cairo_fill(cr);
+  cairo_restore(cr);
+  return IsOk(cr);
+}
+
+int BitmapDevice::OnDrawGlyphs(const GlyphPosition* glyphs, int count, Font& font,
+                               const Matrix& matrix, const Matrix& glyphMatrix, uint32_t color,
+                               BlendMode blend) {
+  const std::shared_ptr<const FaceSource> source = font.face();
+  cairo_matrix_t ctm, fontMatrix;
+  if (!canvas_ || !source || !source->FtFace() || !ToCairoMatrix(matrix, &ctm) ||
+      !ToCairoMatrix(glyphMatrix, &fontMatrix)) {
+    return 0;
+  }
+  // The glyphs' device scale must stay invertible and within what FreeType sizes.
+  cairo_matrix_t glyphScale;
+  cairo_matrix_multiply(&glyphScale, &fontMatrix, &ctm);
+  const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
+  if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
+  fontMatrix.x0 = fontMatrix.y0 = 0;
+
+  std::lock_guard<std::recursive_mutex> lock(FtLock());
+  CairoFontFacePtr face = MakeFontFace(source);
+  if (!face) return 0;
+  cairo_t* cr = canvas_->cr.get();
+  cairo_save(cr);
+  cairo_set_matrix(cr, &ctm);
+  cairo_set_font_face(cr, face.get());
+  cairo_set_font_matrix(cr, &fontMatrix);
+  cairo_set_font_options(cr, canvas_->fontOptions.get());
+  SetColor(cr, color);
+  SetBlend(cr, blend);
+
+  std::array<cairo_glyph_t, 256> batch;
+  size_t pending = 0;
+  for (int i = 0; i < count; ++i) {
+    const GlyphPosition& g = glyphs[i];
+    const double dx = ctm.xx * g.x + ctm.xy * g.y + ctm.x0;
+    const double dy = ctm.yx * g.x + ctm.yy * g.y + ctm.y0;
+    // Glyph 0 draws no box; origins far off the device are skipped.
+    if (g.glyph != 0 && std::fabs(dx) < kMaxCoord && std::fabs(dy) < kMaxCoord) {
+      batch[pending++] = cairo_glyph_t{g.glyph, g.x, g.y};
+    }
+    if (pending == batch.size() || (i + 1 == count && pending > 0)) {
+      cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      pending = 0;
+    }
+  }
+  cairo_restore(cr);
+  return IsOk(cr) ? 1 : 0;
+}
+
 std::unique_ptr<Device> CreateBitmapDevice(int width, int height, DibFormat format,
                                            uint32_t background) {
   if (format != kDibArgb32) return nullptr;

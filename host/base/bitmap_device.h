@@ -44,6 +44,10 @@ class BitmapDevice final : public Device {
   void OnClipPath(const Path& path, const Matrix& matrix, FillRule rule) override;
   bool OnDrawBitmapMatrix(const Dib& dib, const Matrix& matrix, int alpha,
                           BlendMode blend) override;
+  bool OnFillPathGradient(const Path& path, const Matrix& matrix, const Gradient& gradient,
+                          FillRule rule, int alpha, BlendMode blend) override;
+  int OnDrawGlyphs(const GlyphPosition* glyphs, int count, Font& font, const Matrix& matrix,
+                   const Matrix& glyphMatrix, uint32_t color, BlendMode blend) override;
 
  private:
   struct Canvas;  // the cairo surface and context; null once the bitmap is taken

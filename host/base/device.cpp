@@ -45,4 +45,16 @@ bool Device::DrawBitmapMatrix(const Dib* dib, const Matrix& matrix, int alpha, B
   return dib && OnDrawBitmapMatrix(*dib, matrix, alpha, blend);
 }
 
+bool Device::FillPathGradient(const Path& path, const Matrix& matrix, const Gradient& gradient,
+                              FillRule rule, int alpha, BlendMode blend) {
+  return !path.IsEmpty() && !gradient.stops.empty() &&
+         OnFillPathGradient(path, matrix, gradient, rule, alpha, blend);
+}
+
+int Device::DrawGlyphs(const GlyphPosition* glyphs, int count, Font* font, const Matrix& matrix,
+                       const Matrix& glyphMatrix, uint32_t color, BlendMode blend) {
+  if (!glyphs || count <= 0 || !font || !font->GetFaceHandle()) return 0;
+  return OnDrawGlyphs(glyphs, count, *font, matrix, glyphMatrix, color, blend);
+}
+
 }  // namespace host

@@ -6,6 +6,7 @@
 
 #include "host/base/dib.h"
 #include "host/base/geometry.h"
+#include "host/base/gradient.h"
 #include "host/base/host_export.h"
 #include "host/base/matrix.h"
 #include "host/base/path.h"
@@ -13,6 +14,14 @@
 namespace host {
 
 class Font;
+
+/// A glyph of a font and where its origin lies, in the user units of the
+/// matrix it is drawn under.
+struct GlyphPosition {
+  uint32_t glyph = 0;
+  float x = 0;
+  float y = 0;
+};
 
 /// An abstract drawing surface in device pixels (y down). Public calls keep
 /// the invariants (balanced save/restore, null bitmaps ignored) and forward to
@@ -58,6 +67,18 @@ class HOST_API Device {
   /// `alpha` in 0..255 scales its opacity.
   bool DrawBitmapMatrix(const Dib* dib, const Matrix& matrix, int alpha = 255,
                         BlendMode blend = BlendMode::kNormal);
+  /// Fills `path` mapped by `matrix` with `gradient` (whose geometry is in
+  /// the same user units); `alpha` in 0..255 scales its opacity. False for an
+  /// empty path, a gradient without stops, or on failure.
+  bool FillPathGradient(const Path& path, const Matrix& matrix, const Gradient& gradient,
+                        FillRule rule, int alpha = 255, BlendMode blend = BlendMode::kNormal);
+  /// Draws glyphs of `font` by index. `glyphMatrix` maps glyph space (one em
+  /// is 1, y down) to user space at each glyph's origin (it carries the font
+  /// size, any horizontal scale and rotation); `matrix` maps user space to
+  /// the device. Non-zero on success; 0 for no font, no glyphs or a face that
+  /// cannot be drawn.
+  int DrawGlyphs(const GlyphPosition* glyphs, int count, Font* font, const Matrix& matrix,
+                 const Matrix& glyphMatrix, uint32_t color, BlendMode blend = BlendMode::kNormal);
   /// Number of unmatched SaveState calls.
   int SaveDepth() const { return saveDepth_; }
 
@@ -74,6 +95,14 @@ class HOST_API Device {
   }
   virtual void OnClipPath(const Path&, const Matrix&, FillRule) {}
   virtual bool OnDrawBitmapMatrix(const Dib&, const Matrix&, int, BlendMode) { return false; }
+  virtual bool OnFillPathGradient(const Path&, const Matrix&, const Gradient&, FillRule, int,
+                                  BlendMode) {
+    return false;
+  }
+  virtual int OnDrawGlyphs(const GlyphPosition*, int, Font&, const Matrix&, const Matrix&,
+                           uint32_t, BlendMode) {
+    return 0;
+  }
 
  private:
   int saveDepth_ = 0;

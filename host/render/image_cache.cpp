@@ -1,0 +1,79 @@
+#include "host/render/image_cache.h"
+
+#include <string>
+
+#include "host/base/codec.h"
+#include "host/base/stream_reader.h"
+#include "host/ofd/ofd_multimedia.h"
+
+namespace host {
+
+namespace {
+
+int Luminance(uint32_t argb) {
+  const int r = (argb >> 16) & 0xFF, g = (argb >> 8) & 0xFF, b = argb & 0xFF;
+  return (r * 299 + g * 587 + b * 114 + 500) / 1000;
+}
+
+// A 32-bit copy of `image` whose alpha is scaled by the brightness of `mask`.
+std::unique_ptr<Dib> ApplyMask(const Dib& image, const Dib& mask) {
+  std::unique_ptr<Dib> out = image.CloneConvert(kDibArgb32);
+  if (!out) return nullptr;
+  const int w = out->GetWidth(), h = out->GetHeight();
+  const int64_t mw = mask.GetWidth(), mh = mask.GetHeight();
+  for (int y = 0; y < h; ++y) {
+    uint8_t* row = out->GetScanline(y);
+    const int my = static_cast<int>(y * mh / h);
+    for (int x = 0; x < w; ++x) {
+      const int mx = static_cast<int>(x * mw / w);
+      const int level = Luminance(mask.GetPixel(Point(mx, my)));
+      row[4 * x + 3] = static_cast<uint8_t>((row[4 * x + 3] * level + 127) / 255);
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
+std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media) {
+  std::string bytes;
+  if (!media.LoadData(bytes) || bytes.empty()) return nullptr;
+  StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(std::move(bytes)));
+  if (!reader) return nullptr;
+  return DecodeImage(reader.get());
+}
+
+bool HasTransparency(const Dib& dib) {
+  if (dib.GetFormat() == kDibIndexed8) {
+    for (int i = 0; i < dib.GetPaletteSize(); ++i)
+      if ((dib.GetPaletteEntry(i) >> 24) != 0xFF) return true;
+    return false;
+  }
+  if (dib.GetFormat() != kDibArgb32) return false;
+  for (int y = 0; y < dib.GetHeight(); ++y) {
+    const uint8_t* row = dib.GetScanline(y);
+    for (int x = 0; x < dib.GetWidth(); ++x)
+      if (row[4 * x + 3] != 0xFF) return true;
+  }
+  return false;
+}
+
+ImageCache::ImageCache() = default;
+ImageCache::~ImageCache() = default;
+
+const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask) {
+  if (!media) return nullptr;
+  const auto key = std::make_pair(media, mask);
+  auto it = images_.find(key);
+  if (it != images_.end()) return it->second.get();
+  std::unique_ptr<Dib> image = DecodeMultiMedia(*media);
+  if (image && mask) {
+    // A mask that does not decode leaves the picture as it is.
+    if (std::unique_ptr<Dib> maskImage = DecodeMultiMedia(*mask)) {
+      if (std::unique_ptr<Dib> masked = ApplyMask(*image, *maskImage)) image = std::move(masked);
+    }
+  }
+  return images_.emplace(key, std::move(image)).first->second.get();
+}
+
+}  // namespace host

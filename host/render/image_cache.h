@@ -1,0 +1,40 @@
+// Decoded images of one render, so that a picture used many times on a page
+// is decoded once. Internal to the renderer.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <utility>
+
+#include "host/base/dib.h"
+
+namespace host {
+
+class OfdMultiMedia;
+
+class ImageCache {
+ public:
+  ImageCache();
+  ~ImageCache();
+  ImageCache(const ImageCache&) = delete;
+  ImageCache& operator=(const ImageCache&) = delete;
+
+  /// The picture of `media` (PNG, JPEG, BMP, TIFF, GIF or JBIG2 bytes) with
+  /// `mask` applied when given: the mask's brightness becomes the picture's
+  /// opacity (white opaque, black transparent), stretched to the picture's
+  /// size. Null when the data is missing or does not decode (remembered, so
+  /// it is not tried again). Owned by the cache.
+  const Dib* Get(const OfdMultiMedia* media, const OfdMultiMedia* mask);
+
+ private:
+  std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::unique_ptr<Dib>> images_;
+};
+
+/// Decodes a multimedia resource's picture; null on failure.
+std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media);
+
+/// True when some pixel of `dib` is not fully opaque (32-bit pixels, or
+/// palette entries of an indexed bitmap).
+bool HasTransparency(const Dib& dib);
+
+}  // namespace host

@@ -1,0 +1,137 @@
+// tarvik render: draw the pages of an OFD document into PNG files.
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "command.h"
+#include "host/base/codec.h"
+#include "host/base/device.h"
+#include "host/base/stream_reader.h"
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_package.h"
+#include "host/ofd/ofd_page.h"
+#include "host/render/ofd_clip_page_area.h"
+#include "host/render/ofd_progressive_render.h"
+#include "host/render/ofd_render_context.h"
+
+namespace tools {
+
+namespace {
+
+constexpr const char* kUsage = "usage: tarvik render FILE.ofd [--page N] [--dpi D] -o OUT.png\n";
+
+// OUT.png -> OUT-<n>.png
+std::string NumberedName(const std::string& output, int number) {
+  const size_t dot = output.rfind('.');
+  const size_t slash = output.rfind('/');
+  const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+  const std::string stem = hasExtension ? output.substr(0, dot) : output;
+  const std::string extension = hasExtension ? output.substr(dot) : ".png";
+  return stem + "-" + std::to_string(number) + extension;
+}
+
+// Renders page `index` at `dpi` into `path`; false with a message on failure.
+bool RenderPage(host::OfdDocument& doc, int index, int dpi, const std::string& path) {
+  std::unique_ptr<host::OfdPage> page(doc.LoadPage(index, 1));
+  if (!page || !page->ParseContents()) {
+    std::fprintf(stderr, "tarvik render: page %d cannot be read\n", index + 1);
+    return false;
+  }
+  const double width = std::trunc(page->GetPageWidth() * dpi / 25.4);
+  const double height = std::trunc(page->GetPageHeight() * dpi / 25.4);
+  if (!host::IsDibSizeAllowed(static_cast<int64_t>(width), static_cast<int64_t>(height))) {
+    std::fprintf(stderr, "tarvik render: page %d is too large at %d dpi\n", index + 1, dpi);
+    return false;
+  }
+  const int w = static_cast<int>(width), h = static_cast<int>(height);
+  std::unique_ptr<host::Device> device =
+      host::CreateBitmapDevice(w, h, host::kDibArgb32, 0xFFFFFFFF);
+  if (!device) {
+    std::fputs("tarvik render: out of memory\n", stderr);
+    return false;
+  }
+  const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
+  host::OfdRenderContext context(0);
+  context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
+  host::OfdClipPageArea(device.get(), page.get(), matrix);
+  host::OfdProgressiveRender render(page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
+  render.StartRender(&context, device.get());
+  while (render.Continue()) {
+  }
+  std::unique_ptr<host::Dib> dib(device->TakeBitmap());
+  if (!dib || !host::WritePng(*dib, path.c_str())) {
+    std::fprintf(stderr, "tarvik render: cannot write %s\n", path.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int RunRender(const std::vector<std::string>& args) {
+  std::string input, output;
+  int dpi = 150, pageNumber = 0;
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    const bool hasValue = i + 1 < args.size();
+    if (a == "-o" && hasValue) {
+      output = args[++i];
+    } else if (a == "--dpi" && hasValue) {
+      dpi = std::atoi(args[++i].c_str());
+    } else if (a == "--page" && hasValue) {
+      pageNumber = std::atoi(args[++i].c_str());
+      if (pageNumber < 1) {
+        std::fputs("tarvik render: --page counts from 1\n", stderr);
+        return 2;
+      }
+    } else if (!a.empty() && a[0] != '-' && input.empty()) {
+      input = a;
+    } else {
+      std::fprintf(stderr, "tarvik render: unexpected argument '%s'\n", a.c_str());
+      return 2;
+    }
+  }
+  if (input.empty() || output.empty()) {
+    std::fputs(kUsage, stderr);
+    return 2;
+  }
+  if (dpi < 1 || dpi > 2400) {
+    std::fputs("tarvik render: --dpi wants 1 to 2400\n", stderr);
+    return 2;
+  }
+
+  host::OfdPackage package;
+  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(input.c_str());
+  if (!reader) {
+    std::fprintf(stderr, "tarvik: cannot open %s\n", input.c_str());
+    return 1;
+  }
+  host::OfdDocument doc;
+  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1 ||
+      doc.LoadDocument(&package, package.GetDocument(0), -1) != 0) {
+    std::fprintf(stderr, "tarvik render: %s is not a readable OFD document\n", input.c_str());
+    return 1;
+  }
+  const int count = doc.CountPages();
+  if (pageNumber > count) {
+    std::fprintf(stderr, "tarvik render: the document has %d page(s)\n", count);
+    return 1;
+  }
+  const bool progress = isatty(STDERR_FILENO) != 0;
+  const int first = pageNumber ? pageNumber - 1 : 0;
+  const int last = pageNumber ? pageNumber : count;
+  int failures = 0;
+  for (int i = first; i < last; ++i) {
+    if (progress) std::fprintf(stderr, "\rrendering page %d of %d", i + 1, count);
+    const std::string path = pageNumber ? output : NumberedName(output, i + 1);
+    if (!RenderPage(doc, i, dpi, path)) ++failures;
+  }
+  if (progress) std::fputc('\n', stderr);
+  return failures ? 1 : 0;
+}
+
+}  // namespace tools
