@@ -118,7 +118,8 @@ TARVIK_API Dib* ParseSealImage(const host::OfdMultiMedia* media, int renderMode,
                                int resolution, bool& isOfd);
 
 /// Digest of `length` bytes through the plug-in, appended to `digest`.
-/// 0 on success; otherwise the plug-in's non-zero code, `digest` unchanged.
+/// 0 on success; otherwise the plug-in's non-zero code (-1 for a null
+/// plug-in, or null data with a non-zero length), `digest` unchanged.
 TARVIK_API int CalcDigest(unsigned char* data, unsigned int length, const char* algorithm,
                           host::OESPlugin* plugin, void* userData, BinaryBuf& digest);
 
