@@ -11,5 +11,7 @@ bool ReadFile(const std::string& path, std::string& out);
 
 int RunSeal(const std::vector<std::string>& args);
 int RunRender(const std::vector<std::string>& args);
+int RunInfo(const std::vector<std::string>& args);
+int RunDigest(const std::vector<std::string>& args);
 
 }  // namespace tools

@@ -19,6 +19,10 @@ void Usage(std::FILE* out) {
       "  render FILE.ofd [--page N] [--dpi D] -o OUT.png\n"
       "      draw a document's pages (default: all, as OUT-1.png, OUT-2.png, ...;\n"
       "      150 dpi)\n"
+      "  info FILE.ofd\n"
+      "      list the signatures, where their seals lie and what the seals hold\n"
+      "  digest FILE [--alg sm3|sha256|sha1|md5]\n"
+      "      print a file's digest (default SM3) in hex\n"
       "  help\n"
       "      show this text\n",
       out);
@@ -39,6 +43,8 @@ int main(int argc, char** argv) {
   }
   if (command == "seal") return tools::RunSeal(args);
   if (command == "render") return tools::RunRender(args);
+  if (command == "info") return tools::RunInfo(args);
+  if (command == "digest") return tools::RunDigest(args);
   std::fprintf(stderr, "tarvik: unknown command '%s'\n", command.c_str());
   Usage(stderr);
   return 2;

@@ -1,11 +1,76 @@
 #include "decode/ofd_seal_renderer.h"
 
+#include <memory>
+
+#include "front/device_creator.h"
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_package.h"
+#include "host/ofd/ofd_page.h"
+#include "host/render/ofd_clip_page_area.h"
+#include "host/render/ofd_progressive_render.h"
+#include "host/render/ofd_render_context.h"
+
 namespace tarvik {
 
-// The OFD document and rendering libraries are not wired in yet: no OFD seal
-// renders until they are.
-host::OfdDocument* LoadSealDocument(host::StreamReader*, int) { return nullptr; }
+host::OfdDocument* LoadSealDocument(host::StreamReader* reader, int flag) {
+  if (!reader) return nullptr;
+  auto package = std::make_unique<host::OfdPackage>();
+  if (package->LoadFromStream(reader, flag) != 0) return nullptr;
+  if (package->CountDocuments() <= 0) return nullptr;
+  const host::OfdDocBody* entry = package->GetDocument(0);
+  if (!entry) return nullptr;
+  auto document = std::make_unique<host::OfdDocument>();
+  if (document->LoadDocument(package.get(), entry, -1) != 0 || document->CountPages() <= 0)
+    return nullptr;
+  // From here the document's holder answers for the package: it is closed and
+  // destroyed after the document is released.
+  ++package->DocumentReferenceCount;
+  package.release();
+  return document.release();
+}
 
-host::Dib* RenderOfdSealImage(const unsigned char*, int, int, int, int) { return nullptr; }
+host::Dib* RenderOfdSealImage(const unsigned char* data, int length, int width, int height,
+                              int resolution) {
+  if ((width < 0 || height < 0) && resolution <= 0) return nullptr;
+  const DeviceCreator creator = GetDeviceCreator();
+  if (!creator) return nullptr;
+  host::StreamReader* reader = host::StreamReader::CreateMemoryStreamReader(
+      data, static_cast<uint64_t>(static_cast<int64_t>(length)), 0);
+  if (!reader) return nullptr;
+  host::OfdDocument* document = LoadSealDocument(reader, 1);
+  if (!document) return nullptr;
+
+  host::OfdPackage* package = document->GetPackage();
+  host::OfdPage* page = document->LoadPage(0, 1);
+  host::Dib* result = nullptr;
+  if (page && page->ParseContents() != 0) {
+    if (resolution > 0) {
+      width = static_cast<int>(static_cast<double>(page->GetPageWidth() * resolution) / 25.4);
+      height = static_cast<int>(static_cast<double>(page->GetPageHeight() * resolution) / 25.4);
+    }
+    const host::Matrix matrix = page->GetDisplayMatrix(0, 0, width, height, 0);
+    host::Device* device =
+        creator(width, height, host::kDibArgb32, 0xFFFFFF, GetDeviceCreatorUserData());
+    if (device) {
+      auto* context = new host::OfdRenderContext(0);
+      context->AppendPage(page, matrix, 1);
+      host::OfdClipPageArea(device, page, matrix);
+      auto* render =
+          new host::OfdProgressiveRender(page, creator, GetDeviceCreatorUserData(), 0, 0, 0);
+      render->StartRender(context, device);
+      while (render->Continue() != 0) {
+      }
+      result = device->TakeBitmap();
+      delete device;
+      delete render;
+      delete context;
+    }
+  }
+  delete page;
+  delete document;
+  package->ClosePackage();
+  delete package;
+  return result;
+}
 
 }  // namespace tarvik

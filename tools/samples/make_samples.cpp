@@ -1,9 +1,14 @@
 // Writes the sample files under testdata/ that the demo and the tests use:
-//   tarvik_make_samples OUTPUT_DIR
+//   tarvik_make_samples OUTPUT_DIR [SEED_DIR]
 // The seal picture is drawn with the host platform's own device and fonts,
-// so the samples can be made again on any machine.
+// so the samples can be made again on any machine. The signed documents are
+// signed with an SM2 key made for the run, so each run gives new bytes.
+// With SEED_DIR, small seals and signatures of both layouts are written there
+// too (fuzzing seeds).
 #include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -11,6 +16,8 @@
 #include "host/base/device.h"
 #include "host/base/font.h"
 #include "host/base/path.h"
+#include "sample_ofd.h"
+#include "sample_signer.h"
 
 namespace {
 
@@ -81,16 +88,81 @@ bool WriteSealPicture(const std::string& path) {
   return dib && host::WritePng(*dib, path.c_str());
 }
 
+bool WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  return !bytes.empty() && out.good();
+}
+
+bool ReadFile(const std::string& path, std::string& bytes) {
+  std::ifstream in(path, std::ios::binary);
+  bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  return in.good() || in.eof();
+}
+
+samples::SealSpec Seal(int layout, const char* type, std::string picture) {
+  samples::SealSpec spec;
+  spec.layout = layout;
+  spec.esID = layout == 1 ? "TVK-SAMPLE-0001" : "TVK-SAMPLE-0004";
+  spec.name = "塔维克示例印章有限公司样章";
+  spec.pictureType = type;
+  spec.picture = std::move(picture);
+  return spec;
+}
+
+bool WriteSeeds(const std::string& dir, const samples::Sm2Signer& signer) {
+  // A tiny picture keeps the seeds short; the parsers do not decode it.
+  const std::string picture = "\x89PNG\r\n\x1a\n";
+  for (int layout : {1, 4}) {
+    const std::string seal = samples::BuildSeal(Seal(layout, "PNG", picture), signer);
+    const std::string sig = samples::BuildSignature(layout, seal, "<Signature/>",
+                                                    "/Doc_0/Signs/Sign_0/Signature.xml", signer);
+    const std::string v = std::to_string(layout);
+    if (!WriteFile(dir + "/seal_v" + v + ".der", seal) ||
+        !WriteFile(dir + "/signature_v" + v + ".der", sig)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fputs("usage: tarvik_make_samples OUTPUT_DIR\n", stderr);
+  if (argc != 2 && argc != 3) {
+    std::fputs("usage: tarvik_make_samples OUTPUT_DIR [SEED_DIR]\n", stderr);
     return 2;
   }
   const std::string dir = argv[1];
-  if (!WriteSealPicture(dir + "/sample_seal.png")) {
+  std::string png;
+  if (!WriteSealPicture(dir + "/sample_seal.png") || !ReadFile(dir + "/sample_seal.png", png)) {
     std::fputs("tarvik_make_samples: cannot write the seal picture\n", stderr);
+    return 1;
+  }
+  const std::unique_ptr<samples::Sm2Signer> signer = samples::Sm2Signer::Create();
+  if (!signer) {
+    std::fputs("tarvik_make_samples: cannot make an SM2 key\n", stderr);
+    return 1;
+  }
+  const struct {
+    const char* name;
+    int layout;
+    const char* type;
+    std::string picture;
+  } documents[] = {
+      {"signed_v4_png.ofd", 4, "PNG", png},
+      {"signed_v1_png.ofd", 1, "PNG", png},
+      {"signed_v4_ofdseal.ofd", 4, "ofd", samples::SealOfdPackage()},
+  };
+  for (const auto& d : documents) {
+    if (d.picture.empty() ||
+        !WriteFile(dir + "/" + d.name, samples::SignedDocument(d.layout, Seal(d.layout, d.type, d.picture), *signer))) {
+      std::fprintf(stderr, "tarvik_make_samples: cannot write %s\n", d.name);
+      return 1;
+    }
+  }
+  if (argc == 3 && !WriteSeeds(argv[2], *signer)) {
+    std::fputs("tarvik_make_samples: cannot write the seeds\n", stderr);
     return 1;
   }
   return 0;

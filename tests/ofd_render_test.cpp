@@ -1,0 +1,580 @@
+// The OFD page renderer: drawing order, paths, text, images, clips and
+// shadings against reference pictures; seal pictures through the seal image
+// parser; slicing; hostile object trees.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/base/device.h"
+#include "host/base/stream_reader.h"
+#include "host/ofd/ofd_annotation.h"
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_package.h"
+#include "host/ofd/ofd_page.h"
+#include "host/render/ofd_clip_page_area.h"
+#include "host/render/ofd_progressive_render.h"
+#include "host/render/ofd_render_context.h"
+#include "support/image_samples.h"
+#include "support/render_compare.h"
+#include "support/zip_builder.h"
+
+namespace host {
+namespace {
+
+using testing_support::BuildOfdPackage;
+using testing_support::CompareWithReference;
+using testing_support::OfdDocumentXml;
+using testing_support::OfdPageXml;
+using testing_support::OfdResXml;
+using testing_support::ZipEntries;
+
+constexpr uint32_t kWhite = 0xFFFFFFFF;
+constexpr uint32_t kRed = 0xFFFF0000;
+constexpr uint32_t kBlue = 0xFF0000FF;
+constexpr uint32_t kBlack = 0xFF000000;
+
+// A package and its first document, destroyed document first.
+struct Opened {
+  std::unique_ptr<OfdPackage> package = std::make_unique<OfdPackage>();
+  std::unique_ptr<OfdDocument> doc;
+};
+
+Opened Open(StreamReader* reader) {
+  Opened o;
+  if (o.package->LoadFromStream(reader, 1) != 0 || o.package->CountDocuments() < 1) return o;
+  o.doc = std::make_unique<OfdDocument>();
+  if (o.doc->LoadDocument(o.package.get(), o.package->GetDocument(0), -1) != 0) o.doc.reset();
+  return o;
+}
+
+std::unique_ptr<OfdPage> ParsedPage(OfdDocument& doc, int index) {
+  std::unique_ptr<OfdPage> page(doc.LoadPage(index, 1));
+  if (page && !page->ParseContents()) page.reset();
+  return page;
+}
+
+// A document with one 40 x 40 mm page holding `body` in one layer.
+std::string OnePage(const std::string& body, const std::string& pageHead = "",
+                    const std::string& commonData = "", const std::string& docExtra = "",
+                    ZipEntries extra = {}) {
+  const std::string publicRes = OfdResXml(
+      "<ofd:Fonts><ofd:Font ID=\"3\" FontName=\"楷体\" FamilyName=\"楷体\"/>"
+      "<ofd:Font ID=\"4\" FontName=\"宋体\" FamilyName=\"宋体\"/></ofd:Fonts>"
+      "<ofd:ColorSpaces><ofd:ColorSpace ID=\"5\" Type=\"CMYK\"/>"
+      "<ofd:ColorSpace ID=\"6\" Type=\"GRAY\"/></ofd:ColorSpaces>"
+      "<ofd:MultiMedias><ofd:MultiMedia ID=\"10\" Type=\"Image\" Format=\"PNG\">"
+      "<ofd:MediaFile>img.png</ofd:MediaFile></ofd:MultiMedia></ofd:MultiMedias>",
+      "Res");
+  ZipEntries files = {
+      {"Doc_0/Document.xml",
+       OfdDocumentXml({{1, "Pages/Page_0/Content.xml"}},
+                      "<ofd:PageArea><ofd:PhysicalBox>0 0 40 40</ofd:PhysicalBox></ofd:PageArea>"
+                      "<ofd:PublicRes>PublicRes.xml</ofd:PublicRes>" + commonData,
+                      docExtra)},
+      {"Doc_0/PublicRes.xml", publicRes},
+      {"Doc_0/Pages/Page_0/Content.xml", OfdPageXml(body, pageHead)},
+  };
+  for (auto& f : extra) files.push_back(std::move(f));
+  return BuildOfdPackage(files);
+}
+
+// Renders a page onto a white device of `w` x `h` pixels covering the page.
+struct Rendered {
+  std::unique_ptr<Dib> dib;
+  int busyCalls = 0;  // Continue calls that reported more work
+  size_t objects = 0;
+  int saveDepth = -1;
+};
+
+Rendered Render(OfdPage& page, int w, int h, SealImageParser parser = nullptr,
+                void* request = nullptr) {
+  Rendered out;
+  std::unique_ptr<Device> device = CreateBitmapDevice(w, h, kDibArgb32, kWhite);
+  if (!device) return out;
+  const Matrix matrix = page.GetDisplayMatrix(0, 0, w, h, 0);
+  OfdRenderContext context(0);
+  context.AppendPage(&page, matrix, OfdRenderContext::kPageAnnotations);
+  OfdClipPageArea(device.get(), &page, matrix);
+  OfdProgressiveRender render(&page, BitmapDeviceCreator, nullptr, 0, 0, 0);
+  if (parser) render.SetSealImageParser(parser, request);
+  render.StartRender(&context, device.get());
+  while (render.Continue() && out.busyCalls < 100000) ++out.busyCalls;
+  out.objects = render.GetObjectCount();
+  out.saveDepth = device->SaveDepth();
+  out.dib.reset(device->TakeBitmap());
+  return out;
+}
+
+std::unique_ptr<Dib> RenderPackage(const std::string& bytes, int w, int h) {
+  Opened o = Open(StreamReader::CreateMemoryStreamReader(bytes));
+  if (!o.doc) return nullptr;
+  std::unique_ptr<OfdPage> page = ParsedPage(*o.doc, 0);
+  return page ? Render(*page, w, h).dib : nullptr;
+}
+
+std::string Solid(const char* value, const char* extra = "") {
+  return std::string("<ofd:FillColor Value=\"") + value + "\" " + extra + "/>";
+}
+
+// ---------------------------------------------------------------------------
+// Reference pictures
+
+struct GoldenCase {
+  const char* name;
+  std::string body;
+  std::string pageHead;
+  std::string commonData;
+  std::string docExtra;
+  ZipEntries extra;
+};
+
+std::vector<GoldenCase> GoldenCases() {
+  const std::string ring =
+      "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" LineWidth=\"1.2\">"
+      "<ofd:StrokeColor Value=\"220 0 0\"/>"
+      "<ofd:AbbreviatedData>M 38 20 A 18 18 0 1 1 2 20 A 18 18 0 1 1 38 20 C"
+      "</ofd:AbbreviatedData></ofd:PathObject>";
+  const std::string star =
+      "<ofd:PathObject ID=\"2\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" +
+      Solid("220 0 0") +
+      "<ofd:AbbreviatedData>M 20 12 L 21.646 16.735 L 26.657 16.837 L 22.663 19.865 "
+      "L 24.114 24.663 L 20 21.8 L 15.886 24.663 L 17.337 19.865 L 13.343 16.837 "
+      "L 18.354 16.735 C</ofd:AbbreviatedData></ofd:PathObject>";
+  // Straight text below the star, and one character turned by its CTM.
+  const std::string text =
+      "<ofd:TextObject ID=\"3\" Boundary=\"0 0 40 40\" Font=\"3\" Size=\"4\">" + Solid("220 0 0") +
+      "<ofd:TextCode X=\"10\" Y=\"32\" DeltaX=\"4 4 4 4\">测试专用章</ofd:TextCode>"
+      "</ofd:TextObject>"
+      "<ofd:TextObject ID=\"4\" Boundary=\"6 6 10 10\" CTM=\"0.866 0.5 -0.5 0.866 2 0\" "
+      "Font=\"4\" Size=\"5\">" + Solid("220 0 0") +
+      "<ofd:TextCode X=\"0\" Y=\"5\">印</ofd:TextCode></ofd:TextObject>";
+
+  const std::string png = testing_support::MakePng(testing_support::GradientImage(8, 6, true), true);
+  const std::string image =
+      "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" +
+      Solid("128", "ColorSpace=\"6\"") +
+      "<ofd:AbbreviatedData>M 0 20 L 40 20 L 40 40 L 0 40 C</ofd:AbbreviatedData></ofd:PathObject>"
+      "<ofd:ImageObject ID=\"2\" Boundary=\"5 8 30 24\" CTM=\"30 0 0 24 0 0\" ResourceID=\"10\"/>";
+
+  const std::string circle = "M 36 20 A 16 16 0 1 1 4 20 A 16 16 0 1 1 36 20 C";
+  const std::string clip =
+      "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\">" + Solid("0 0 255") +
+      "<ofd:Clips><ofd:Clip><ofd:Area><ofd:Path Boundary=\"0 0 40 40\"><ofd:AbbreviatedData>" +
+      circle + "</ofd:AbbreviatedData></ofd:Path></ofd:Area></ofd:Clip>"
+      "<ofd:Clip><ofd:Area CTM=\"1 0 0 1 0 20\"><ofd:Path Boundary=\"0 0 40 20\">"
+      "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 20 L 0 20 C</ofd:AbbreviatedData></ofd:Path>"
+      "</ofd:Area></ofd:Clip></ofd:Clips>"
+      "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 40 L 0 40 C</ofd:AbbreviatedData></ofd:PathObject>";
+
+  auto line = [](const char* attrs, float y) {
+    const std::string yy = std::to_string(y);
+    return std::string("<ofd:PathObject ID=\"9\" Boundary=\"0 0 40 40\" ") + attrs +
+           "><ofd:AbbreviatedData>M 8 " + yy + " L 32 " + yy + "</ofd:AbbreviatedData></ofd:PathObject>";
+  };
+  const std::string dash =
+      line("LineWidth=\"3\" Cap=\"Butt\"", 5) + line("LineWidth=\"3\" Cap=\"Round\"", 11) +
+      line("LineWidth=\"3\" Cap=\"Square\"", 17) +
+      line("LineWidth=\"1.5\" Cap=\"Round\" DashPattern=\"3 3\"", 23) +
+      "<ofd:PathObject ID=\"8\" Boundary=\"0 0 40 40\" LineWidth=\"2.5\" Join=\"Round\">"
+      "<ofd:StrokeColor Value=\"0 128 0\"/><ofd:AbbreviatedData>M 4 38 L 12 28 L 20 38"
+      "</ofd:AbbreviatedData></ofd:PathObject>"
+      "<ofd:PathObject ID=\"7\" Boundary=\"0 0 40 40\" LineWidth=\"2.5\" Join=\"Bevel\">"
+      "<ofd:StrokeColor Value=\"0 0 200\"/><ofd:AbbreviatedData>M 22 38 L 30 28 L 38 38"
+      "</ofd:AbbreviatedData></ofd:PathObject>";
+
+  const std::string stops =
+      "<ofd:Segment Position=\"0\"><ofd:Color Value=\"255 0 0\"/></ofd:Segment>"
+      "<ofd:Segment Position=\"0.5\"><ofd:Color Value=\"255 255 0\"/></ofd:Segment>"
+      "<ofd:Segment Position=\"1\"><ofd:Color Value=\"0 0 255\"/></ofd:Segment>";
+  const std::string shading =
+      "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 20\" Fill=\"true\" Stroke=\"false\">"
+      "<ofd:FillColor><ofd:AxialShd StartPoint=\"8 0\" EndPoint=\"32 0\" Extend=\"3\">" + stops +
+      "</ofd:AxialShd></ofd:FillColor>"
+      "<ofd:AbbreviatedData>M 2 2 L 38 2 L 38 18 L 2 18 C</ofd:AbbreviatedData></ofd:PathObject>"
+      "<ofd:PathObject ID=\"2\" Boundary=\"0 20 40 20\" Fill=\"true\" Stroke=\"false\">"
+      "<ofd:FillColor><ofd:RadialShd StartPoint=\"20 10\" EndPoint=\"20 10\" StartRadius=\"0\" "
+      "EndRadius=\"9\" Extend=\"0\">" + stops + "</ofd:RadialShd></ofd:FillColor>"
+      "<ofd:AbbreviatedData>M 2 1 L 38 1 L 38 19 L 2 19 C</ofd:AbbreviatedData></ofd:PathObject>";
+
+  // Red background template, green content, blue foreground template and a
+  // yellow annotation, each smaller than the one before.
+  auto square = [](const char* color, int inset) {
+    const std::string a = std::to_string(inset), b = std::to_string(40 - inset);
+    return "<ofd:PathObject ID=\"50\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" +
+           Solid(color) + "<ofd:AbbreviatedData>M " + a + " " + a + " L " + b + " " + a + " L " +
+           b + " " + b + " L " + a + " " + b + " C</ofd:AbbreviatedData></ofd:PathObject>";
+  };
+  const std::string annotations =
+      "<ofd:Annotations xmlns:ofd=\"http://www.ofdspec.org/2016\"><ofd:Page PageID=\"1\">"
+      "<ofd:FileLoc>Page_0/Annotation.xml</ofd:FileLoc></ofd:Page></ofd:Annotations>";
+  const std::string pageAnnot =
+      "<ofd:PageAnnot xmlns:ofd=\"http://www.ofdspec.org/2016\"><ofd:Annot ID=\"60\" Type=\"Stamp\">"
+      "<ofd:Appearance Boundary=\"15 15 10 10\"><ofd:PathObject ID=\"61\" Boundary=\"0 0 10 10\" "
+      "Fill=\"true\" Stroke=\"false\">" + Solid("255 220 0") +
+      "<ofd:AbbreviatedData>M 0 0 L 10 0 L 10 10 L 0 10 C</ofd:AbbreviatedData></ofd:PathObject>"
+      "</ofd:Appearance></ofd:Annot>"
+      "<ofd:Annot ID=\"62\" Type=\"Stamp\" Visible=\"false\"><ofd:Appearance Boundary=\"0 0 40 40\">"
+      "<ofd:PathObject ID=\"63\" Boundary=\"0 0 40 40\" Fill=\"true\">" + Solid("0 0 0") +
+      "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 40 C</ofd:AbbreviatedData></ofd:PathObject>"
+      "</ofd:Appearance></ofd:Annot></ofd:PageAnnot>";
+
+  return {
+      {"render_seal_like", ring + star + text, "", "", "", {}},
+      {"render_png_image", image, "", "", "", {{"Doc_0/Res/img.png", png}}},
+      {"render_clip", clip, "", "", "", {}},
+      {"render_dash_caps", dash, "", "", "", {}},
+      {"render_shading", shading, "", "", "", {}},
+      {"render_draw_order", square("0 160 0", 5),
+       "<ofd:Template TemplateID=\"3\" ZOrder=\"Foreground\"/><ofd:Template TemplateID=\"2\"/>",
+       "<ofd:TemplatePage ID=\"2\" BaseLoc=\"Tpls/Tpl_0/Content.xml\" ZOrder=\"Background\"/>"
+       "<ofd:TemplatePage ID=\"3\" BaseLoc=\"Tpls/Tpl_1/Content.xml\"/>",
+       "<ofd:Annotations>Annots/Annotations.xml</ofd:Annotations>",
+       {{"Doc_0/Tpls/Tpl_0/Content.xml", OfdPageXml(square("255 0 0", 0))},
+        {"Doc_0/Tpls/Tpl_1/Content.xml", OfdPageXml(square("0 0 255", 10))},
+        {"Doc_0/Annots/Annotations.xml", annotations},
+        {"Doc_0/Annots/Page_0/Annotation.xml", pageAnnot}}},
+  };
+}
+
+TEST(OfdRender_References, MatchReferencePictures) {
+  for (GoldenCase& c : GoldenCases()) {
+    SCOPED_TRACE(c.name);
+    std::unique_ptr<Dib> dib = RenderPackage(
+        OnePage(c.body, c.pageHead, c.commonData, c.docExtra, std::move(c.extra)), 160, 160);
+    ASSERT_NE(dib, nullptr);
+    EXPECT_TRUE(CompareWithReference(*dib, c.name, 8));
+  }
+}
+
+// Fill colours in every colour space, patterns as their cell's colour.
+TEST(OfdRender_Colors, FillsTakeTheirColourSpaceAndAlpha) {
+  struct Case {
+    const char* name;
+    std::string fill;
+    uint32_t expected;
+  };
+  const Case cases[] = {
+      {"rgb", Solid("0 0 255"), kBlue},
+      {"hex", Solid("#FF0000"), kRed},
+      {"gray", Solid("0", "ColorSpace=\"6\""), kBlack},
+      {"cmyk", Solid("0 255 255 0", "ColorSpace=\"5\""), kRed},
+      {"alpha", Solid("0 0 0", "Alpha=\"128\""), 0xFF7F7F7F},
+      {"pattern", "<ofd:FillColor><ofd:Pattern Width=\"2\" Height=\"2\"><ofd:CellContent>"
+                  "<ofd:PathObject ID=\"9\" Fill=\"true\">" + Solid("0 0 255") +
+                  "<ofd:AbbreviatedData>M 0 0 L 2 0 L 2 2 C</ofd:AbbreviatedData></ofd:PathObject>"
+                  "</ofd:CellContent></ofd:Pattern></ofd:FillColor>",
+       kBlue},
+  };
+  for (const Case& c : cases) {
+    const std::string body = "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" "
+                             "Stroke=\"false\">" + c.fill +
+                             "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 40 L 0 40 C"
+                             "</ofd:AbbreviatedData></ofd:PathObject>";
+    std::unique_ptr<Dib> dib = RenderPackage(OnePage(body), 40, 40);
+    ASSERT_NE(dib, nullptr) << c.name;
+    const uint32_t got = dib->GetPixel(Point(20, 20));
+    for (int shift : {0, 8, 16, 24}) {
+      EXPECT_NEAR(static_cast<int>((got >> shift) & 0xFF), static_cast<int>((c.expected >> shift) & 0xFF), 2)
+          << c.name << std::hex << " got " << got;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Real documents, first page at 40 dpi
+
+TEST(OfdRender_Fixtures, FirstPagesMatchReferences) {
+  const std::filesystem::path folder = TARVIK_FIXTURE_DIR;
+  if (!std::filesystem::is_directory(folder)) GTEST_SKIP() << "no fixture folder at " << folder;
+  // Small pictures keep the references small; the seal-sized page is drawn larger.
+  const struct {
+    const char* name;
+    int dpi;
+  } cases[] = {{"ofdrw__999", 40},           {"ofdrw__h", 40},
+               {"ofdrw__csfapiao1", 40},     {"ofdrw__draw_param_ref", 40},
+               {"ofdrw__ctm_rotate", 200},   {"ofdrw__alpha_text", 40},
+               {"ofdrw__testPathFillOpacity", 40}, {"ofdrw__keyword", 40},
+               {"c5soft__6.2.001_normal_structure", 20}};
+  for (const auto& [name, dpi] : cases) {
+    SCOPED_TRACE(name);
+    const std::filesystem::path file = folder / (std::string(name) + ".ofd");
+    if (!std::filesystem::exists(file)) continue;
+    Opened o = Open(StreamReader::CreateFileStreamReader(file.c_str()));
+    ASSERT_NE(o.doc, nullptr);
+    std::unique_ptr<OfdPage> page = ParsedPage(*o.doc, 0);
+    ASSERT_NE(page, nullptr);
+    const int w = static_cast<int>(page->GetPageWidth() * dpi / 25.4);
+    const int h = static_cast<int>(page->GetPageHeight() * dpi / 25.4);
+    Rendered r = Render(*page, w, h);
+    ASSERT_NE(r.dib, nullptr);
+    EXPECT_EQ(r.saveDepth, 0);
+    EXPECT_TRUE(CompareWithReference(*r.dib, std::string("fixture_") + name, 12));
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Seal pictures
+
+// A fake seal provider: answers with a picture of the size asked for, white
+// (or transparent) with a red centre half, and records the requests.
+struct SealRequest {
+  bool opaque = true;
+  bool answerNull = false;
+  int calls = 0;
+  Size asked;
+  const OfdMultiMedia* media = nullptr;
+};
+
+Dib* FakeSealParser(const OfdMultiMedia* media, const Size& size, void* request) {
+  auto* r = static_cast<SealRequest*>(request);
+  ++r->calls;
+  r->asked = size;
+  r->media = media;
+  if (r->answerNull) return nullptr;
+  std::unique_ptr<Dib> dib = Dib::Create(size.width, size.height, kDibArgb32);
+  if (!dib) return nullptr;
+  dib->Fill(r->opaque ? kWhite : 0x00FFFFFF);
+  for (int y = size.height / 4; y < size.height * 3 / 4; ++y)
+    for (int x = size.width / 4; x < size.width * 3 / 4; ++x) dib->SetPixel(Point(x, y), kRed);
+  return dib.release();
+}
+
+// Draws a seal annotation at (20, 30)-(50, 50) mm at 2 px/mm over a page
+// whose left part of the seal area, (20, 30)-(35, 50) mm, is blue.
+std::unique_ptr<Dib> RenderSeal(SealRequest* request, const Matrix& matrix = Matrix(2, 0, 0, 2, 0, 0)) {
+  OfdAnnotationSeal seal;
+  seal.Boundary = GRect(20, 30, 50, 50);
+  auto media = std::make_unique<OfdMultiMedia>();
+  media->type = "Seal";
+  seal.BindSealImage(std::move(media));
+
+  std::unique_ptr<Device> device = CreateBitmapDevice(200, 200, kDibArgb32, kWhite);
+  Path blue;
+  blue.AddRect(20, 30, 15, 20);
+  device->FillPath(blue, matrix, kBlue, FillRule::kNonZero);
+  OfdRenderContext context(0);
+  context.AppendPageBlock(seal.Appearance, matrix, seal.Boundary);
+  OfdProgressiveRender render(nullptr, BitmapDeviceCreator, nullptr, 0, 0, 0);
+  if (request) render.SetSealImageParser(FakeSealParser, request);
+  render.StartRender(&context, device.get());
+  while (render.Continue()) {
+  }
+  EXPECT_EQ(device->SaveDepth(), 0);
+  if (request && request->calls) {
+    EXPECT_EQ(request->media, seal.sealMedia.get());
+  }
+  return std::unique_ptr<Dib>(device->TakeBitmap());
+}
+
+TEST(OfdRender_Seal, OpaquePictureIsMultipliedOntoThePage) {
+  SealRequest request;
+  std::unique_ptr<Dib> dib = RenderSeal(&request);
+  ASSERT_NE(dib, nullptr);
+  EXPECT_EQ(request.calls, 1);
+  EXPECT_EQ(request.asked.width, 60);
+  EXPECT_EQ(request.asked.height, 40);
+  EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);    // white on blue: blue
+  EXPECT_EQ(dib->GetPixel(Point(95, 65)), kWhite);   // white on white
+  EXPECT_EQ(dib->GetPixel(Point(60, 80)), kBlack);   // red on blue: no light left
+  EXPECT_EQ(dib->GetPixel(Point(80, 80)), kRed);     // red on white
+  EXPECT_EQ(dib->GetPixel(Point(150, 150)), kWhite);
+}
+
+TEST(OfdRender_Seal, TransparentPictureIsDrawnOver) {
+  SealRequest request;
+  request.opaque = false;
+  std::unique_ptr<Dib> dib = RenderSeal(&request);
+  ASSERT_NE(dib, nullptr);
+  EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);
+  EXPECT_EQ(dib->GetPixel(Point(60, 80)), kRed);
+  EXPECT_EQ(dib->GetPixel(Point(80, 80)), kRed);
+}
+
+TEST(OfdRender_Seal, NothingIsDrawnWithoutAPicture) {
+  SealRequest nullAnswer;
+  nullAnswer.answerNull = true;
+  for (SealRequest* request : {&nullAnswer, static_cast<SealRequest*>(nullptr)}) {
+    std::unique_ptr<Dib> dib = RenderSeal(request);
+    ASSERT_NE(dib, nullptr);
+    EXPECT_EQ(dib->GetPixel(Point(80, 80)), kWhite);
+    EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);
+  }
+  EXPECT_EQ(nullAnswer.calls, 1);
+}
+
+TEST(OfdRender_Seal, AskedSizeFollowsThePicturesOwnAxes) {
+  struct Case {
+    Matrix matrix;
+    int width, height;
+  };
+  const Case cases[] = {
+      {Matrix(2, 0, 0, 2, 0, 0), 60, 40},
+      {Matrix(0, 2, -2, 0, 200, 0), 60, 40},  // a quarter turn
+      {Matrix(1.5f, 0, 0, 3, 0, 0), 45, 60},
+      {Matrix(2.49f, 0, 0, 2.51f, 0, 0), 75, 50},
+  };
+  for (const Case& c : cases) {
+    SealRequest request;
+    RenderSeal(&request, c.matrix);
+    EXPECT_EQ(request.calls, 1);
+    EXPECT_EQ(request.asked.width, c.width);
+    EXPECT_EQ(request.asked.height, c.height);
+  }
+}
+
+TEST(OfdRender_Seal, PageSealAnnotationsAreLeftToTheSealLibrary) {
+  Opened o = Open(StreamReader::CreateMemoryStreamReader(OnePage("")));
+  ASSERT_NE(o.doc, nullptr);
+  std::unique_ptr<OfdPage> page = ParsedPage(*o.doc, 0);
+  ASSERT_NE(page, nullptr);
+  auto seal = std::make_unique<OfdAnnotationSeal>();
+  seal->Boundary = GRect(5, 5, 35, 35);
+  auto media = std::make_unique<OfdMultiMedia>();
+  media->type = "Seal";
+  seal->BindSealImage(std::move(media));
+  page->AddSealAnnotation(std::move(seal));
+  SealRequest request;
+  Rendered r = Render(*page, 80, 80, FakeSealParser, &request);
+  EXPECT_EQ(request.calls, 0);
+  EXPECT_EQ(r.dib->GetPixel(Point(40, 40)), kWhite);
+}
+
+// ---------------------------------------------------------------------------
+// Slices and robustness
+
+TEST(OfdRender_Slices, ManyObjectsTakeSeveralContinueCalls) {
+  std::string body;
+  for (int i = 0; i < 1000; ++i) {
+    const int x = i % 40, y = i / 40;
+    body += "<ofd:PathObject ID=\"" + std::to_string(i + 1) + "\" Boundary=\"" + std::to_string(x) +
+            " " + std::to_string(y) + " 1 1\" Fill=\"true\" Stroke=\"false\">" + Solid("0 0 255") +
+            "<ofd:AbbreviatedData>M 0 0 L 1 0 L 1 1 L 0 1 C</ofd:AbbreviatedData></ofd:PathObject>";
+  }
+  Opened o = Open(StreamReader::CreateMemoryStreamReader(OnePage(body)));
+  ASSERT_NE(o.doc, nullptr);
+  std::unique_ptr<OfdPage> page = ParsedPage(*o.doc, 0);
+  ASSERT_NE(page, nullptr);
+  Rendered r = Render(*page, 80, 80);
+  EXPECT_GE(r.busyCalls, 1000 / OfdProgressiveRender::kObjectsPerSlice - 1);
+  EXPECT_LE(r.busyCalls, 1000 / OfdProgressiveRender::kObjectsPerSlice + 1);
+  EXPECT_EQ(r.objects, 1000u);
+  EXPECT_EQ(r.saveDepth, 0);
+  EXPECT_EQ(r.dib->GetPixel(Point(1, 1)), kBlue);    // first object
+  EXPECT_EQ(r.dib->GetPixel(Point(79, 47)), kBlue);  // last object (39, 24) mm
+  EXPECT_EQ(r.dib->GetPixel(Point(40, 60)), kWhite);
+}
+
+TEST(OfdRender_Slices, NothingToDrawBeforeStartOrWithoutTargets) {
+  OfdProgressiveRender render(nullptr, nullptr, nullptr, 0, 0, 0);
+  EXPECT_EQ(render.Continue(), 0);
+  OfdRenderContext empty(0);
+  std::unique_ptr<Device> device = CreateBitmapDevice(4, 4, kDibArgb32, kWhite);
+  EXPECT_EQ(render.StartRender(nullptr, device.get()), 0);
+  EXPECT_EQ(render.StartRender(&empty, nullptr), 0);
+  EXPECT_EQ(render.StartRender(&empty, device.get()), 0);
+  EXPECT_EQ(render.Continue(), 0);
+  OfdClipPageArea(nullptr, nullptr, Matrix());
+  OfdClipPageArea(device.get(), nullptr, Matrix());
+}
+
+TEST(OfdRender_Hostile, BrokenObjectsDrawWithoutHarm) {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const float inf = std::numeric_limits<float>::infinity();
+  OfdMultiMedia unreadable;  // no container: its bytes cannot be read
+  unreadable.type = "Image";
+  OfdPageBlock root;
+  auto add = [&](std::unique_ptr<OfdPageObject> object) { root.children.push_back(std::move(object)); };
+  for (const Matrix& ctm : {Matrix(1e30f, 0, 0, 1e30f, 0, 0), Matrix(nan, 0, 0, 1, 0, 0),
+                            Matrix(0, 0, 0, 0, 0, 0), Matrix(1, 0, 0, 1, inf, -inf)}) {
+    auto path = std::make_unique<OfdPathObject>();
+    path->ctm = ctm;
+    path->fill = true;
+    path->path.AddRect(0, 0, 10, 10);
+    path->strokeStyle.width = ctm.a;
+    path->strokeStyle.dashes = {ctm.a, nan};
+    add(std::move(path));
+
+    auto text = std::make_unique<OfdTextObject>();
+    text->ctm = ctm;
+    text->size = ctm.a;
+    text->hScale = nan;
+    OfdTextCode code;
+    code.text = WideString(U"测试AB");
+    code.xs = {0, nan, 1e30f, 2};
+    code.ys = {0, 0, nan, 2};
+    code.glyphs = {-1, 5, 70000, -1};
+    text->textCodes.push_back(code);
+    add(std::move(text));
+
+    auto image = std::make_unique<OfdImageObject>();
+    image->ctm = ctm;
+    image->boundary = GRect(3, 3, 3, 3);  // no area at all
+    image->media = &unreadable;
+    add(std::move(image));
+  }
+  auto nanPath = std::make_unique<OfdPathObject>();
+  nanPath->path.MoveTo(nan, 0);
+  nanPath->path.LineTo(1e30f, -1e30f);
+  auto shading = std::make_shared<OfdShading>();
+  shading->startX = nan;
+  shading->segments.resize(2);
+  nanPath->fill = true;
+  nanPath->fillColor.shading = shading;
+  OfdClip emptyClip;
+  emptyClip.areas.emplace_back();  // an area without a shape
+  nanPath->clips.push_back(std::move(emptyClip));
+  add(std::move(nanPath));
+  // Blocks nested far deeper than the renderer follows.
+  auto deep = std::make_unique<OfdPageBlock>();
+  OfdPageBlock* inner = deep.get();
+  for (int i = 0; i < 3 * OfdProgressiveRender::kMaxDepth; ++i) {
+    auto next = std::make_unique<OfdPageBlock>();
+    OfdPageBlock* raw = next.get();
+    inner->children.push_back(std::move(next));
+    inner = raw;
+  }
+  auto bottom = std::make_unique<OfdPathObject>();
+  bottom->fill = true;
+  bottom->fillColor = OfdColor::Rgb(0, 255, 0);
+  bottom->path.AddRect(0, 0, 40, 40);
+  inner->children.push_back(std::move(bottom));
+  add(std::move(deep));
+
+  // Seal pictures at absurd sizes are never asked for.
+  auto media = std::make_unique<OfdMultiMedia>();
+  media->type = "Seal";
+  for (const Matrix& ctm : {Matrix(1e9f, 0, 0, 1e9f, 0, 0), Matrix(nan, 0, 0, nan, 0, 0),
+                            Matrix(0.01f, 0, 0, 0.01f, 0, 0)}) {
+    auto seal = std::make_unique<OfdImageObject>();
+    seal->ctm = ctm;
+    seal->media = media.get();
+    add(std::move(seal));
+  }
+
+  std::unique_ptr<Device> device = CreateBitmapDevice(64, 64, kDibArgb32, kWhite);
+  OfdRenderContext context(0);
+  context.AppendPageBlock(&root, Matrix(2, 0, 0, 2, 0, 0), GRect(0, 0, 0, 0));
+  context.AppendPageBlock(&root, Matrix(nan, 0, 0, 2, 0, 0), GRect(0, 0, 30, 30));
+  OfdProgressiveRender render(nullptr, BitmapDeviceCreator, nullptr, 0, 0, 0);
+  SealRequest request;
+  render.SetSealImageParser(FakeSealParser, &request);
+  ASSERT_EQ(render.StartRender(&context, device.get()), 1);
+  int calls = 0;
+  while (render.Continue() && calls < 1000) ++calls;
+  EXPECT_LT(calls, 1000);
+  EXPECT_EQ(request.calls, 0);
+  EXPECT_EQ(device->SaveDepth(), 0);
+  std::unique_ptr<Dib> dib(device->TakeBitmap());
+  ASSERT_NE(dib, nullptr);
+  // The deep green square is not reached.
+  for (int y = 0; y < dib->GetHeight(); ++y)
+    for (int x = 0; x < dib->GetWidth(); ++x) ASSERT_NE(dib->GetPixel(Point(x, y)), 0xFF00FF00u);
+}
+
+}  // namespace
+}  // namespace host

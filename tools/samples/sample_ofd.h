@@ -1,0 +1,30 @@
+// OFD packages for the samples: a one-page signed document and a seal
+// picture drawn as a small OFD package.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sample_signer.h"
+
+namespace samples {
+
+/// Files of a package: (path without a leading '/', bytes).
+using PackageFiles = std::vector<std::pair<std::string, std::string>>;
+
+/// A zip archive of `files`, deflated; "" on failure.
+std::string Zip(const PackageFiles& files);
+
+/// A 40 x 40 mm seal picture as an OFD package: a red ring, a star, the
+/// maker's name along the upper arc and a label under the star.
+std::string SealOfdPackage();
+
+/// A signed A4 document of one page (page ID 2): a title, a few lines of text,
+/// rules and boxes, and one seal signature with a StampAnnot at
+/// 120 200 40 40 holding `seal` in a signed value of `layout` 1 or 4. Layout
+/// 1 names its files relative to the signature's folder, layout 4 absolutely.
+/// "" on failure.
+std::string SignedDocument(int layout, const SealSpec& seal, const Sm2Signer& signer);
+
+}  // namespace samples
