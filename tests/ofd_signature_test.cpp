@@ -1,0 +1,365 @@
+// Signatures of OFD documents: Signatures.xml and Signature.xml reading, the
+// seal annotations they put on pages, malformed and hostile entries, the
+// generated samples and the signed files of the fixture folder.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/base/stream_reader.h"
+#include "host/oes/ses_plugin.h"
+#include "host/ofd/ofd_annotation.h"
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_package.h"
+#include "host/ofd/ofd_page.h"
+#include "host/ofd/ofd_signature.h"
+#include "support/zip_builder.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+using testing_support::BuildOfdPackage;
+using testing_support::OfdDocumentXml;
+using testing_support::OfdPageXml;
+using testing_support::ZipEntries;
+
+constexpr char kNs[] = " xmlns:ofd=\"http://www.ofdspec.org/2016\"";
+
+// A package and its first document, destroyed document first.
+struct Opened {
+  std::unique_ptr<OfdPackage> package = std::make_unique<OfdPackage>();
+  std::unique_ptr<OfdDocument> doc;
+};
+
+Opened Open(std::string bytes) {
+  Opened o;
+  if (o.package->LoadFromStream(StreamReader::CreateMemoryStreamReader(std::move(bytes)), 1) != 0 ||
+      o.package->CountDocuments() < 1) {
+    return o;
+  }
+  o.doc = std::make_unique<OfdDocument>();
+  if (o.doc->LoadDocument(o.package.get(), o.package->GetDocument(0), -1) != 0) o.doc.reset();
+  return o;
+}
+
+Opened OpenFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Open(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()));
+}
+
+std::string SignatureXml(const std::string& stamps, const std::string& seal = "Seal.esl",
+                         const std::string& value = "SignedValue.dat") {
+  return std::string("<ofd:Signature") + kNs + "><ofd:SignedInfo>" +
+         "<ofd:Provider><ofd:ProviderName>P</ofd:ProviderName><ofd:Version>2</ofd:Version>" +
+         "<ofd:Company>C</ofd:Company></ofd:Provider>" +
+         "<ofd:References CheckMethod=\"SM3\"><ofd:Reference FileRef=\"/Doc_0/Document.xml\">" +
+         "<ofd:CheckValue>YWJj</ofd:CheckValue></ofd:Reference><ofd:Reference FileRef=\"/x\">" +
+         "<ofd:CheckValue>not base64!</ofd:CheckValue></ofd:Reference></ofd:References>" + stamps +
+         "<ofd:Seal><ofd:BaseLoc>" + seal + "</ofd:BaseLoc></ofd:Seal></ofd:SignedInfo>" +
+         "<ofd:SignedValue>" + value + "</ofd:SignedValue></ofd:Signature>";
+}
+
+std::string SignaturesXml(const std::string& entries) {
+  return std::string("<ofd:Signatures") + kNs + ">" + entries + "</ofd:Signatures>";
+}
+
+std::string Entry(const std::string& baseLoc, const char* id = "1") {
+  return std::string("<ofd:Signature ID=\"") + id + "\" BaseLoc=\"" + baseLoc + "\"/>";
+}
+
+// Two pages (IDs 5 and 9), a Signatures.xml holding `list`, Sign_0 with its
+// seal and signed value, and `extra` files.
+std::string SignedPackage(const std::string& list, const std::string& signature, ZipEntries extra = {}) {
+  ZipEntries files = {
+      {"Doc_0/Document.xml", OfdDocumentXml({{5, "Pages/Page_0/Content.xml"}, {9, "Pages/Page_1/Content.xml"}})},
+      {"Doc_0/Pages/Page_0/Content.xml", OfdPageXml("")},
+      {"Doc_0/Pages/Page_1/Content.xml", OfdPageXml("")},
+      {"Doc_0/Signs/Signatures.xml", list},
+      {"Doc_0/Signs/Sign_0/Signature.xml", signature},
+      {"Doc_0/Signs/Sign_0/Seal.esl", "seal"},
+      {"Doc_0/Signs/Sign_0/SignedValue.dat", "value"},
+  };
+  files.insert(files.end(), extra.begin(), extra.end());
+  return BuildOfdPackage(files, "Doc_0/Document.xml", "Doc_0/Signs/Signatures.xml");
+}
+
+size_t CountAnnots(const OfdSignatures& s) {
+  size_t n = 0;
+  for (const auto& sig : s.GetSignatures()) n += sig.stampAnnots.size();
+  return n;
+}
+
+TEST(OfdSignature_Read, FieldsAndLocations) {
+  const std::string stamps =
+      "<ofd:StampAnnot ID=\"s7\" PageRef=\"9\" Boundary=\"10 20 40 30\" Clip=\"0 0 8 30\"/>"
+      "<ofd:StampAnnot ID=\"8\" PageRef=\"77\" Boundary=\"1 2 3 4\"/>";
+  Opened o = Open(SignedPackage(SignaturesXml(Entry("Sign_0/Signature.xml", "s1")), SignatureXml(stamps)));
+  ASSERT_TRUE(o.doc);
+  const auto sigs = OfdSignatures::Load(o.doc.get());
+  ASSERT_TRUE(sigs);
+  ASSERT_EQ(sigs->CountSignatures(), 1);
+  const OfdSignatureInfo& s = sigs->GetSignatures()[0];
+  EXPECT_EQ(s.id, "s1");
+  EXPECT_EQ(s.type, "Seal");
+  EXPECT_EQ(s.location, "/Doc_0/Signs/Sign_0/Signature.xml");
+  EXPECT_EQ(s.providerName, "P");
+  EXPECT_EQ(s.providerVersion, "2");
+  EXPECT_EQ(s.providerCompany, "C");
+  EXPECT_EQ(s.checkMethod, "SM3");
+  ASSERT_EQ(s.references.size(), 2u);
+  EXPECT_EQ(s.references[0].fileRef, "/Doc_0/Document.xml");
+  EXPECT_EQ(s.references[0].checkValue, "abc");
+  EXPECT_EQ(s.references[1].checkValue, "");
+  EXPECT_EQ(s.sealLocation, "/Doc_0/Signs/Sign_0/Seal.esl");
+  EXPECT_EQ(s.signedValueLocation, "/Doc_0/Signs/Sign_0/SignedValue.dat");
+  ASSERT_EQ(s.stampAnnots.size(), 2u);
+  EXPECT_EQ(s.stampAnnots[0].id, "s7");
+  EXPECT_EQ(s.stampAnnots[0].pageId, 9u);
+  EXPECT_EQ(s.stampAnnots[0].pageIndex, 1);
+  EXPECT_EQ(s.stampAnnots[0].boundary, GRect(10, 20, 50, 50));
+  EXPECT_EQ(s.stampAnnots[0].clip, GRect(0, 0, 8, 30));
+  EXPECT_EQ(s.stampAnnots[1].pageIndex, -1);  // no page with ID 77
+  EXPECT_TRUE(s.stampAnnots[1].clip.IsRectNull());
+}
+
+TEST(OfdSignature_Read, BadEntriesAreSkipped) {
+  const std::string good = "<ofd:StampAnnot ID=\"1\" PageRef=\"5\" Boundary=\"0 0 40 40\"/>";
+  const auto stamp = [](const std::string& attrs) { return "<ofd:StampAnnot ID=\"1\" " + attrs + "/>"; };
+  const struct {
+    const char* name;
+    std::string list;
+    std::string signature;
+    int signatures;
+    size_t annots;
+  } cases[] = {
+      {"baseline", Entry("Sign_0/Signature.xml"), SignatureXml(good), 1, 1},
+      {"absolute BaseLoc", Entry("/Doc_0/Signs/Sign_0/Signature.xml"), SignatureXml(good), 1, 1},
+      {"list names itself", Entry("Signatures.xml"), SignatureXml(good), 0, 0},
+      {"climbs out", Entry("../../../../etc/passwd"), SignatureXml(good), 0, 0},
+      {"URL", Entry("file:///etc/passwd"), SignatureXml(good), 0, 0},
+      {"missing file", Entry("Sign_9/Signature.xml"), SignatureXml(good), 0, 0},
+      {"listed twice", Entry("Sign_0/Signature.xml") + Entry("/Doc_0/Signs/Sign_0/Signature.xml"),
+       SignatureXml(good), 1, 1},
+      {"malformed XML", Entry("Sign_0/Signature.xml"), "<ofd:Signature><", 0, 0},
+      {"wrong root", Entry("Sign_0/Signature.xml"), std::string("<ofd:Seal") + kNs + "/>", 0, 0},
+      {"files name themselves", Entry("Sign_0/Signature.xml"),
+       SignatureXml(good, "Signature.xml", "/Doc_0/Signs/Signatures.xml"), 0, 0},
+      {"files outside", Entry("Sign_0/Signature.xml"), SignatureXml(good, "../../../../x", "C:/x.dat"), 0, 0},
+      {"seal file alone", Entry("Sign_0/Signature.xml"), SignatureXml(good, "Seal.esl", "missing.dat"), 1, 1},
+      {"NaN boundary", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"nan 0 40 40\"")), 1, 0},
+      {"negative width", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"0 0 -40 40\"")), 1, 0},
+      {"zero height", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"0 0 40 0\"")), 1, 0},
+      {"three numbers", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"1 2 3\"")), 1, 0},
+      {"five numbers", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"1 2 3 4 5\"")), 1, 0},
+      {"huge", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\" Boundary=\"3e38 0 3e38 1\"")), 1, 0},
+      {"no boundary", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"5\"")), 1, 0},
+      {"garbage clip", Entry("Sign_0/Signature.xml"),
+       SignatureXml(stamp("PageRef=\"5\" Boundary=\"0 0 40 40\" Clip=\"abc\"")), 1, 0},
+      {"negative clip", Entry("Sign_0/Signature.xml"),
+       SignatureXml(stamp("PageRef=\"5\" Boundary=\"0 0 40 40\" Clip=\"0 0 -8 40\"")), 1, 0},
+      {"bad PageRef", Entry("Sign_0/Signature.xml"), SignatureXml(stamp("PageRef=\"p5\" Boundary=\"0 0 40 40\"")), 1, 0},
+  };
+  for (const auto& c : cases) {
+    Opened o = Open(SignedPackage(SignaturesXml(c.list), c.signature));
+    ASSERT_TRUE(o.doc) << c.name;
+    const auto sigs = OfdSignatures::Load(o.doc.get());
+    ASSERT_TRUE(sigs) << c.name;
+    EXPECT_EQ(sigs->CountSignatures(), c.signatures) << c.name;
+    EXPECT_EQ(CountAnnots(*sigs), c.annots) << c.name;
+  }
+}
+
+TEST(OfdSignature_Read, MissingOrMalformedListGivesNull) {
+  const std::string sig = SignatureXml("");
+  for (const std::string& list : {std::string("<ofd:Signatures"), std::string("<ofd:Document") + kNs + "/>"}) {
+    Opened o = Open(SignedPackage(list, sig));
+    ASSERT_TRUE(o.doc);
+    EXPECT_FALSE(OfdSignatures::Load(o.doc.get()));
+  }
+  Opened none = Open(BuildOfdPackage({{"Doc_0/Document.xml", OfdDocumentXml({{1, "P.xml"}})}}));
+  ASSERT_TRUE(none.doc);
+  EXPECT_FALSE(OfdSignatures::Load(none.doc.get()));
+  EXPECT_FALSE(OfdSignatures::Load(nullptr));
+  EXPECT_EQ(AttachSignatureSeals(nullptr), 0);
+}
+
+TEST(OfdSignature_Read, CountsAreCapped) {
+  std::string list = Entry("Sign_0/Signature.xml"), stamps;
+  ZipEntries extra;
+  for (int i = 2; i <= 1005; ++i) {
+    list += Entry("S" + std::to_string(i) + ".xml");
+    extra.emplace_back("Doc_0/Signs/S" + std::to_string(i) + ".xml",
+                       SignatureXml("", "/Doc_0/Signs/Sign_0/Seal.esl", ""));
+  }
+  for (int i = 0; i < 5000; ++i) stamps += "<ofd:StampAnnot PageRef=\"5\" Boundary=\"0 0 1 1\"/>";
+  Opened o = Open(SignedPackage(SignaturesXml(list), SignatureXml(stamps), extra));
+  ASSERT_TRUE(o.doc);
+  const auto sigs = OfdSignatures::Load(o.doc.get());
+  ASSERT_TRUE(sigs);
+  EXPECT_EQ(sigs->CountSignatures(), static_cast<int>(OfdSignatures::kMaxSignatures));
+  EXPECT_EQ(CountAnnots(*sigs), OfdSignatures::kMaxStampAnnots);
+}
+
+TEST(OfdSignature_Attach, OneSealAnnotationPerStampOnItsPage) {
+  const std::string first =
+      "<ofd:StampAnnot ID=\"11\" PageRef=\"9\" Boundary=\"10 20 40 30\" Clip=\"8 0 8 30\"/>"
+      "<ofd:StampAnnot ID=\"12\" PageRef=\"5\" Boundary=\"1 2 3 4\"/>";
+  const std::string second = "<ofd:StampAnnot ID=\"21\" PageRef=\"9\" Boundary=\"50 60 10 10\"/>";
+  Opened o = Open(SignedPackage(SignaturesXml(Entry("Sign_0/Signature.xml") + Entry("Sign_1/Signature.xml", "2")),
+                                SignatureXml(first),
+                                {{"Doc_0/Signs/Sign_1/Signature.xml", SignatureXml(second, "", "/Doc_0/Signs/Sign_0/SignedValue.dat")}}));
+  ASSERT_TRUE(o.doc);
+  const auto sigs = OfdSignatures::Load(o.doc.get());
+  ASSERT_TRUE(sigs);
+  ASSERT_EQ(sigs->CountSignatures(), 2);
+  std::unique_ptr<OfdPage> page(o.doc->LoadPage(1, 1));
+  ASSERT_TRUE(page);
+  ASSERT_EQ(sigs->AttachSealAnnotations(page.get()), 2);
+  ASSERT_EQ(page->CountSealAnnotations(), 2);
+  const OfdAnnotationSeal* a = page->GetSealAnnotation(0);
+  EXPECT_EQ(a->id, 11u);
+  EXPECT_EQ(a->pageIndex, 1);
+  EXPECT_EQ(a->Boundary, GRect(10, 20, 50, 50));
+  EXPECT_EQ(a->Clip, GRect(8, 0, 16, 30));
+  ASSERT_TRUE(a->sealMedia);
+  EXPECT_TRUE(a->sealMedia->IsSeal());
+  EXPECT_EQ(a->sealMedia->PrimaryLoc, "/Doc_0/Signs/Sign_0/Seal.esl");
+  EXPECT_EQ(a->sealMedia->SecondaryLoc, "/Doc_0/Signs/Sign_0/SignedValue.dat");
+  EXPECT_EQ(a->sealMedia->ResourceContainer, o.doc.get());
+  ASSERT_TRUE(a->Appearance);
+  ASSERT_EQ(a->Appearance->children.size(), 1u);
+  std::string bytes;
+  ASSERT_TRUE(a->sealMedia->LoadSecondaryData(bytes));
+  EXPECT_EQ(bytes, "value");
+  const OfdAnnotationSeal* b = page->GetSealAnnotation(1);
+  EXPECT_EQ(b->id, 21u);
+  EXPECT_TRUE(b->Clip.IsRectNull());
+  EXPECT_TRUE(b->sealMedia->PrimaryLoc.IsEmpty());
+
+  std::unique_ptr<OfdPage> other(o.doc->LoadPage(0, 1));
+  ASSERT_TRUE(other);
+  EXPECT_EQ(AttachSignatureSeals(other.get()), 1);
+  EXPECT_EQ(other->GetSealAnnotation(0)->id, 12u);
+}
+
+TEST(OfdSignature_Samples, GeneratedDocumentsAreSignedAndStamped) {
+  const fs::path dir = fs::path(TARVIK_SOURCE_DIR) / "testdata";
+  SesPlugin plugin;
+  for (const char* file : {"signed_v4_png.ofd", "signed_v1_png.ofd", "signed_v4_ofdseal.ofd"}) {
+    SCOPED_TRACE(file);
+    Opened o = OpenFile(dir / file);
+    ASSERT_TRUE(o.doc);
+    const auto sigs = OfdSignatures::Load(o.doc.get());
+    ASSERT_TRUE(sigs);
+    ASSERT_EQ(sigs->CountSignatures(), 1);
+    const OfdSignatureInfo& s = sigs->GetSignatures()[0];
+    EXPECT_EQ(s.sealLocation, "/Doc_0/Signs/Sign_0/Seal.esl");
+    EXPECT_EQ(s.signedValueLocation, "/Doc_0/Signs/Sign_0/SignedValue.dat");
+    EXPECT_EQ(s.signatureMethod, "1.2.156.10197.1.501");
+    // Every CheckValue is the SM3 digest of the file it names.
+    ASSERT_FALSE(s.references.empty());
+    for (const OfdSignatureReference& r : s.references) {
+      std::string bytes, digest;
+      ASSERT_TRUE(o.package->LoadRawData(o.doc.get(), r.fileRef, bytes)) << r.fileRef;
+      ASSERT_EQ(plugin.Digest(nullptr, bytes, s.checkMethod, digest), 0);
+      EXPECT_EQ(digest, r.checkValue) << r.fileRef;
+    }
+    ASSERT_EQ(s.stampAnnots.size(), 1u);
+    EXPECT_EQ(s.stampAnnots[0].pageId, 2u);
+    EXPECT_EQ(s.stampAnnots[0].pageIndex, 0);
+    EXPECT_EQ(s.stampAnnots[0].boundary, GRect(120, 200, 160, 240));
+
+    std::unique_ptr<OfdPage> page(o.doc->LoadPage(0, 1));
+    ASSERT_TRUE(page);
+    ASSERT_EQ(sigs->AttachSealAnnotations(page.get()), 1);
+    std::string primary, secondary, picture, type;
+    int w = 0, h = 0;
+    ASSERT_TRUE(page->GetSealAnnotation(0)->sealMedia->LoadData(primary));
+    ASSERT_TRUE(page->GetSealAnnotation(0)->sealMedia->LoadSecondaryData(secondary));
+    EXPECT_EQ(plugin.GetPrimarySealImage(nullptr, primary, 0, picture, type, w, h), 0);
+    EXPECT_EQ(plugin.GetSecondarySealImage(nullptr, secondary, 0, picture, type, w, h), 0);
+    EXPECT_EQ(w, 40);
+  }
+}
+
+TEST(OfdSignature_Fixtures, StampsLieWherePageRefSays) {
+  const fs::path dir(TARVIK_FIXTURE_DIR);
+  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  const struct {
+    const char* file;
+    int signatures;
+    size_t annots;
+    int pageIndex;  // of the first StampAnnot
+    uint32_t pageId;
+    float x, y, w, h;
+    float clipW;  // 0: no clip
+    bool sealFile;
+  } cases[] = {
+      {"ofdrw__fapiao_shili.ofd", 1, 1, 0, 1, 90, 8, 30, 20, 0, false},
+      {"ofdrw__999.ofd", 1, 1, 0, 10, 90, 8, 30, 20, 0, false},
+      {"ofdrw__draw_param_ref.ofd", 1, 1, 0, 1, 90, 9, 30, 20, 0, true},
+      {"ofdrw__keyword.ofd", 2, 1, 0, 1, 90, 110, 42, 42, 0, true},
+      {"ofdrw__n.ofd", 1, 1, 1, 1021, 122.94f, 37, 33, 33, 33, true},
+      {"ofdrw__jinge_xinchuang_auto_seal.ofd", 1, 1, 3, 4, 136.5475f, 174.73495f, 40, 39, 0, true},
+      {"ofdrw__anzhengtong_manual_seal.ofd", 2, 2, 0, 1, 33.866667f, 134.14375f, 40.216667f, 40.216667f, 0, true},
+      {"ofdrw__irregular_res_path.ofd", 1, 1, 0, 1, 248.25f, 117.19f, 39.9f, 39.9f, 39.9f, false},
+      {"ofdrw__zsbk.ofd", 2, 2, 1, 677, 142, 243.5f, 45, 45, 0, true},
+      {"ofdrw__h.ofd", 2, 6, 0, 1, 202, 128.5f, 40, 40, 8, true},
+      {"ofdrw__SESV4SignDoc.ofd", 1, 1, 0, 1, 50, 50, 40, 40, 0, true},
+      {"ofdrw__DigitalSign.ofd", 1, 0, 0, 0, 0, 0, 0, 0, 0, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    Opened o = OpenFile(dir / c.file);
+    ASSERT_TRUE(o.doc);
+    const auto sigs = OfdSignatures::Load(o.doc.get());
+    ASSERT_TRUE(sigs);
+    ASSERT_EQ(sigs->CountSignatures(), c.signatures);
+    EXPECT_EQ(CountAnnots(*sigs), c.annots);
+    const OfdSignatureInfo& s = sigs->GetSignatures()[0];
+    EXPECT_FALSE(s.signedValueLocation.IsEmpty());
+    EXPECT_EQ(!s.sealLocation.IsEmpty(), c.sealFile);
+    if (c.annots == 0) continue;
+    const OfdStampAnnotInfo& a = s.stampAnnots[0];
+    EXPECT_EQ(a.pageIndex, c.pageIndex);
+    EXPECT_EQ(a.pageId, c.pageId);
+    EXPECT_NEAR(a.boundary.left, c.x, 1e-3);
+    EXPECT_NEAR(a.boundary.top, c.y, 1e-3);
+    EXPECT_NEAR(a.boundary.Width(), c.w, 1e-3);
+    EXPECT_NEAR(a.boundary.Height(), c.h, 1e-3);
+    EXPECT_NEAR(a.clip.Width(), c.clipW, 1e-3);
+  }
+}
+
+TEST(OfdSignature_Fixtures, RidingSealSpansFivePages) {
+  const fs::path file = fs::path(TARVIK_FIXTURE_DIR) / "ofdrw__h.ofd";
+  if (!fs::exists(file)) GTEST_SKIP() << "fixture absent: " << file;
+  Opened o = OpenFile(file);
+  ASSERT_TRUE(o.doc);
+  const auto sigs = OfdSignatures::Load(o.doc.get());
+  ASSERT_TRUE(sigs);
+  int total = 0;
+  for (int i = 0; i < o.doc->CountPages(); ++i) {
+    std::unique_ptr<OfdPage> page(o.doc->LoadPage(i, 1));
+    ASSERT_TRUE(page);
+    const int added = sigs->AttachSealAnnotations(page.get());
+    EXPECT_EQ(added, i == 0 ? 2 : 1) << i;
+    total += added;
+    // The riding seal's slice on page i is 8 mm wide and starts 8 i mm in.
+    const OfdAnnotationSeal* slice = page->GetSealAnnotation(0);
+    ASSERT_TRUE(slice);
+    EXPECT_EQ(slice->id, static_cast<uint32_t>(2 + i));
+    EXPECT_EQ(slice->Clip, GRect(8.0f * static_cast<float>(i), 0, 8.0f * static_cast<float>(i + 1), 40));
+    EXPECT_EQ(slice->Boundary.left, 202.0f - 8.0f * static_cast<float>(i));
+  }
+  EXPECT_EQ(total, 6);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,500 @@
+// The DER reader, seal and signature parsing of both layouts, and the seal
+// provider's pictures and digests, on hand-made bytes, the generated samples
+// and the real files of the fixture folder.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/base/binary_buf.h"
+#include "host/base/stream_reader.h"
+#include "host/oes/der_reader.h"
+#include "host/oes/ses_plugin.h"
+#include "host/oes/ses_seal.h"
+#include "host/ofd/ofd_package.h"
+#include "tarvik/tarvik.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Bytes(std::initializer_list<int> b) {
+  std::string s;
+  for (int v : b) s += static_cast<char>(v);
+  return s;
+}
+
+std::string ReadAll(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::string Hex(const std::string& s) {
+  static const char kDigits[] = "0123456789abcdef";
+  std::string out;
+  for (unsigned char c : s) {
+    out += kDigits[c >> 4];
+    out += kDigits[c & 15];
+  }
+  return out;
+}
+
+// Reads every value at every level; false when anything is malformed.
+bool WalkAll(DerReader r) {
+  DerElement e;
+  while (r.Next(e)) {
+    if (e.IsConstructed() && !WalkAll(r.Enter(e))) return false;
+  }
+  return r.AtEnd();
+}
+
+std::string Nested(int levels, bool indefinite) {
+  std::string s;
+  for (int i = 0; i < levels; ++i) s = indefinite ? "\x30\x80" + s + std::string(2, '\0') : "";
+  if (indefinite) return s;
+  s = Bytes({0x05, 0x00});
+  for (int i = 0; i < levels; ++i) s = Bytes({0x30, static_cast<int>(s.size())}) + s;
+  return s;
+}
+
+std::string Repeat(const std::string& s, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += s;
+  return out;
+}
+
+TEST(DerReader_Input, AcceptsOrRefusesEachEncoding) {
+  const struct {
+    const char* name;
+    std::string bytes;
+    bool ok;
+  } cases[] = {
+      {"empty sequence", Bytes({0x30, 0x00}), true},
+      {"one-byte long form", Bytes({0x04, 0x81, 0x02, 0xAA, 0xBB}), true},
+      {"four-byte long form", Bytes({0x04, 0x84, 0x00, 0x00, 0x00, 0x01, 0xAA}), true},
+      {"five-byte length", Bytes({0x04, 0x85, 0x00, 0x00, 0x00, 0x00, 0x01, 0xAA}), false},
+      {"reserved length octet", Bytes({0x04, 0xFF, 0xAA}), false},
+      {"truncated header", Bytes({0x30}), false},
+      {"truncated long form", Bytes({0x04, 0x82, 0x01}), false},
+      {"length past end", Bytes({0x30, 0x05, 0x02, 0x01, 0x00}), false},
+      {"long length past end", Bytes({0x04, 0x82, 0x01, 0x00, 0xAA}), false},
+      {"inner length past outer", Bytes({0x30, 0x03, 0x04, 0x05, 0xAA}), false},
+      {"multi-octet identifier", Bytes({0x1F, 0x81, 0x01, 0x00}), false},
+      {"indefinite", Bytes({0x30, 0x80, 0x02, 0x01, 0x05, 0x00, 0x00}), true},
+      {"nested indefinite", Bytes({0x30, 0x80, 0x30, 0x80, 0x00, 0x00, 0x00, 0x00}), true},
+      {"indefinite primitive", Bytes({0x04, 0x80, 0xAA, 0x00, 0x00}), false},
+      {"indefinite without end", Bytes({0x30, 0x80, 0x02, 0x01, 0x05}), false},
+      {"end-of-contents with a length", Bytes({0x30, 0x80, 0x00, 0x01, 0xAA, 0x00, 0x00}), false},
+      {"stray end-of-contents", Bytes({0x00, 0x00}), false},
+      {"32 levels", Nested(32, false), true},
+      {"nesting bomb", Nested(40, false), false},
+      {"32 indefinite levels", Nested(31, true), true},
+      {"indefinite nesting bomb", Nested(40, true), false},
+      {"deep indefinite prefix", Repeat(Bytes({0x30, 0x80}), 100000), false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(WalkAll(DerReader(c.bytes)), c.ok) << c.name;
+  }
+}
+
+TEST(DerReader_Input, IndefiniteLengthSpansToItsEnd) {
+  const std::string bytes = Bytes({0x30, 0x80, 0x02, 0x01, 0x05, 0x00, 0x00, 0x05, 0x00});
+  DerReader r(bytes);
+  DerElement e;
+  ASSERT_TRUE(r.Next(e));
+  EXPECT_TRUE(e.indefinite);
+  EXPECT_EQ(e.content.size(), 3u);
+  EXPECT_EQ(e.encodedSize, 7u);
+  EXPECT_EQ(r.CountRemaining(), 1);
+  EXPECT_EQ(r.PeekTag(), kDerNull);
+  EXPECT_FALSE(r.Next(kDerInteger, e));
+  EXPECT_TRUE(r.Failed());
+  EXPECT_FALSE(r.Next(e));  // failures stick
+}
+
+TEST(DerReader_Values, DecodesIntegersStringsAndIdentifiers) {
+  int64_t v = 0;
+  const std::string intsBytes = Bytes({0x02, 0x01, 0xFF, 0x02, 0x02, 0x00, 0x80, 0x02, 0x09, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  DerReader ints(intsBytes);
+  DerElement e;
+  ASSERT_TRUE(ints.Next(e));
+  ASSERT_TRUE(DerReadInteger(e, v));
+  EXPECT_EQ(v, -1);
+  ASSERT_TRUE(ints.Next(e));
+  ASSERT_TRUE(DerReadInteger(e, v));
+  EXPECT_EQ(v, 128);
+  ASSERT_TRUE(ints.Next(e));
+  EXPECT_FALSE(DerReadInteger(e, v));  // more than 64 bits
+
+  std::string text;
+  const std::string oidBytes = Bytes({0x06, 0x08, 0x2A, 0x81, 0x1C, 0xCF, 0x55, 0x01, 0x83, 0x75});
+  DerReader oid(oidBytes);
+  ASSERT_TRUE(oid.Next(e));
+  ASSERT_TRUE(DerReadObjectId(e, text));
+  EXPECT_EQ(text, "1.2.156.10197.1.501");
+  const std::string openArcBytes = Bytes({0x06, 0x02, 0x2A, 0x81});
+  DerReader openArc(openArcBytes);
+  ASSERT_TRUE(openArc.Next(e));
+  EXPECT_FALSE(DerReadObjectId(e, text));
+
+  const std::string bmpBytes = Bytes({0x1E, 0x04, 0x5B, 0x57, 0x00, 0x41});
+  DerReader bmp(bmpBytes);
+  ASSERT_TRUE(bmp.Next(e));
+  ASSERT_TRUE(DerReadString(e, text));
+  EXPECT_EQ(text, "字A");
+
+  // A BER constructed OCTET STRING is joined from its parts.
+  const std::string partsBytes = Bytes({0x24, 0x80, 0x04, 0x01, 'a', 0x04, 0x02, 'b', 'c', 0x00, 0x00});
+  DerReader parts(partsBytes);
+  ASSERT_TRUE(parts.Next(e));
+  ASSERT_TRUE(DerReadOctets(e, text));
+  EXPECT_EQ(text, "abc");
+  const std::string wrongPartBytes = Bytes({0x24, 0x03, 0x02, 0x01, 0x00});
+  DerReader wrongPart(wrongPartBytes);
+  ASSERT_TRUE(wrongPart.Next(e));
+  EXPECT_FALSE(DerReadOctets(e, text));
+}
+
+// Generated samples: the seal and signed value of each signed document.
+struct PackageFiles {
+  std::string seal;
+  std::string signedValue;
+};
+
+PackageFiles FromPackage(const fs::path& path, const std::string& folder = "/Doc_0/Signs/Sign_0/") {
+  PackageFiles f;
+  OfdPackage package;
+  if (package.LoadFromStream(StreamReader::CreateMemoryStreamReader(ReadAll(path)), 1) != 0) return f;
+  package.LoadRawData(nullptr, folder + "Seal.esl", f.seal);
+  package.LoadRawData(nullptr, folder + "SignedValue.dat", f.signedValue);
+  return f;
+}
+
+TEST(SesSeal_Samples, GeneratedDocumentsHoldBothLayouts) {
+  const fs::path dir = fs::path(TARVIK_SOURCE_DIR) / "testdata";
+  const std::string png = ReadAll(dir / "sample_seal.png");
+  ASSERT_FALSE(png.empty());
+  const struct {
+    const char* file;
+    int layout;
+    const char* type;
+  } cases[] = {{"signed_v4_png.ofd", 4, "PNG"}, {"signed_v1_png.ofd", 1, "PNG"}, {"signed_v4_ofdseal.ofd", 4, "ofd"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    const PackageFiles f = FromPackage(dir / c.file);
+    SesSeal seal;
+    SesSignature sig;
+    ASSERT_TRUE(ParseSesSeal(f.seal, seal));
+    ASSERT_TRUE(ParseSesSignature(f.signedValue, sig));
+    EXPECT_EQ(seal.layout, c.layout);
+    EXPECT_EQ(seal.headerVersion, c.layout);
+    EXPECT_EQ(sig.layout, c.layout);
+    EXPECT_EQ(sig.version, c.layout);
+    EXPECT_EQ(seal.picture.type, c.type);
+    EXPECT_EQ(seal.picture.width, 40);
+    EXPECT_EQ(seal.picture.height, 40);
+    EXPECT_EQ(seal.name, "塔维克示例印章有限公司样章");
+    EXPECT_EQ(seal.signatureAlgorithm, "1.2.156.10197.1.501");
+    EXPECT_EQ(sig.signatureAlgorithm, "1.2.156.10197.1.501");
+    EXPECT_EQ(sig.propertyInfo, "/Doc_0/Signs/Sign_0/Signature.xml");
+    EXPECT_EQ(sig.seal.picture.data, seal.picture.data);
+    if (std::string(c.type) == "PNG") {
+      EXPECT_EQ(seal.picture.data, png);
+    } else {
+      EXPECT_EQ(seal.picture.data.substr(0, 2), "PK");
+    }
+  }
+}
+
+TEST(SesSeal_Fixtures, StandaloneFilesParseByLayout) {
+  const fs::path dir(TARVIK_FIXTURE_DIR);
+  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  const struct {
+    const char* file;
+    bool signature;
+    int layout;
+    int version;  // header version of a seal, TBS_Sign version of a signature
+    const char* type;
+    int width, height;
+  } cases[] = {
+      {"ofdrw__UserV1.esl", false, 1, 1, "PNG", 40, 40},
+      {"ofdrw__UserV1_ber_indefinite.esl", false, 1, 1, "PNG", 40, 40},
+      {"ofdrw__UserV4.esl", false, 4, 4, "PNG", 40, 40},
+      {"ofdrw__UserV5.esl", false, 4, 5, "PNG", 40, 40},
+      {"ofdrw__SESealData.DER.esl", false, 4, 4, "GIF", 42, 42},
+      {"ofdsharp__test_Seal.esl", false, 4, 4, "ofd", 30, 20},
+      {"ofdrw__SignedValueV4.dat", true, 4, 4, "PNG", 40, 40},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    const std::string bytes = ReadAll(dir / c.file);
+    SesSeal seal;
+    SesSignature sig;
+    if (c.signature) {
+      ASSERT_TRUE(ParseSesSignature(bytes, sig));
+      EXPECT_FALSE(ParseSesSeal(bytes, seal));
+      EXPECT_EQ(sig.version, c.version);
+      EXPECT_EQ(sig.timeInfo, "20201012111403Z");
+      seal = sig.seal;
+      EXPECT_EQ(sig.layout, c.layout);
+    } else {
+      ASSERT_TRUE(ParseSesSeal(bytes, seal));
+      EXPECT_FALSE(ParseSesSignature(bytes, sig));
+      EXPECT_EQ(seal.headerVersion, c.version);
+    }
+    EXPECT_EQ(seal.layout, c.layout);
+    EXPECT_EQ(seal.headerId, "ES");
+    EXPECT_EQ(seal.picture.type, c.type);
+    EXPECT_EQ(seal.picture.width, c.width);
+    EXPECT_EQ(seal.picture.height, c.height);
+    EXPECT_FALSE(seal.picture.data.empty());
+  }
+  // The BER copy holds the same picture as the DER one.
+  SesSeal der, ber;
+  ASSERT_TRUE(ParseSesSeal(ReadAll(dir / "ofdrw__UserV1.esl"), der));
+  ASSERT_TRUE(ParseSesSeal(ReadAll(dir / "ofdrw__UserV1_ber_indefinite.esl"), ber));
+  EXPECT_EQ(der.picture.data, ber.picture.data);
+  EXPECT_EQ(ber.createDate, "200421151327Z");
+}
+
+TEST(SesSeal_Fixtures, SignedDocumentsHoldTheirLayouts) {
+  const fs::path dir(TARVIK_FIXTURE_DIR);
+  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  const struct {
+    const char* file;
+    const char* folder;
+    const char* signedValue;
+    int sealLayout;  // 0: no seal file
+    int layout;
+    int version;
+    const char* type;
+    int width, height;
+  } cases[] = {
+      {"ofdrw__fapiao_shili.ofd", "Sign_0", "SignedValue.dat", 0, 4, 4, "ofd", 30, 20},
+      {"ofdrw__999.ofd", "Sign_0", "SignedValue.dat", 0, 4, 4, "ofd", 30, 20},
+      {"ofdrw__draw_param_ref.ofd", "Sign_0", "SignedValue.dat", 4, 4, 4, "ofd", 30, 20},
+      {"ofdrw__keyword.ofd", "Sign_1", "SignedValue.dat", 4, 4, 4, "PNG", 42, 42},
+      {"ofdrw__n.ofd", "Sign_0", "SignedValue.dat", 1, 1, 1, "PNG", 33, 33},
+      {"ofdrw__jinge_xinchuang_auto_seal.ofd", "Sign_0", "SignedValue.dat", 1, 1, 2, "gif", 40, 39},
+      {"ofdrw__anzhengtong_manual_seal.ofd", "Sign_1", "SignedValue.dat", 4, 4, 4, "bmp", 40, 40},
+      {"ofdrw__irregular_res_path.ofd", "Sign_0", "SignValue.dat", 0, 4, 4, "png", 40, 40},
+      {"ofdrw__zsbk.ofd", "Sign_0", "SignedValue.dat", 4, 4, 4, "png", 45, 45},
+      {"ofdrw__h.ofd", "Sign_0", "SignedValue.dat", 4, 4, 4, "PNG", 40, 40},
+      {"ofdrw__SESV4SignDoc.ofd", "Sign_0", "SignedValue.dat", 4, 4, 4, "PNG", 40, 40},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    OfdPackage package;
+    ASSERT_EQ(package.LoadFromStream(StreamReader::CreateMemoryStreamReader(ReadAll(dir / c.file)), 1), 0);
+    const std::string folder = std::string("/Doc_0/Signs/") + c.folder + "/";
+    std::string sealBytes, valueBytes;
+    ASSERT_TRUE(package.LoadRawData(nullptr, folder + c.signedValue, valueBytes));
+    SesSignature sig;
+    ASSERT_TRUE(ParseSesSignature(valueBytes, sig));
+    EXPECT_EQ(sig.layout, c.layout);
+    EXPECT_EQ(sig.version, c.version);
+    EXPECT_EQ(sig.seal.layout, c.layout);
+    EXPECT_EQ(sig.seal.picture.type, c.type);
+    EXPECT_EQ(sig.seal.picture.width, c.width);
+    EXPECT_EQ(sig.seal.picture.height, c.height);
+    EXPECT_FALSE(sig.timeInfo.empty());
+    if (c.sealLayout == 0) {
+      EXPECT_FALSE(package.LoadRawData(nullptr, folder + "Seal.esl", sealBytes));
+      continue;
+    }
+    ASSERT_TRUE(package.LoadRawData(nullptr, folder + "Seal.esl", sealBytes));
+    SesSeal seal;
+    ASSERT_TRUE(ParseSesSeal(sealBytes, seal));
+    EXPECT_EQ(seal.layout, c.sealLayout);
+    EXPECT_EQ(seal.picture.data, sig.seal.picture.data);
+  }
+}
+
+TEST(SesSignature_Fixtures, NonSesValuesAndMangledSealsFailCleanly) {
+  const fs::path dir(TARVIK_FIXTURE_DIR);
+  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  SesSeal seal;
+  SesSignature sig;
+  const std::string mangled = ReadAll(dir / "ofdrw__Seal_corrupt_utf8.esl");
+  ASSERT_FALSE(mangled.empty());
+  EXPECT_EQ(ParseSesSeal(mangled, seal).status, SesStatus::kMalformed);
+  EXPECT_EQ(ParseSesSignature(mangled, sig).status, SesStatus::kMalformed);
+  // The mangled bytes with the lengths left as they are, cut short: still no overread.
+  for (size_t n = 0; n < 64; ++n) EXPECT_FALSE(ParseSesSeal(std::string_view(mangled).substr(0, n), seal));
+
+  const struct {
+    const char* file;
+    const char* value;
+  } notSes[] = {{"ofdrw__DigitalSign.ofd", "/Doc_0/Signs/Sign_0/SignedValue.dat"},
+                {"ofdrw__keyword.ofd", "/Doc_0/Signs/Sign_3/SignedValue.dat"}};
+  for (const auto& c : notSes) {
+    OfdPackage package;
+    ASSERT_EQ(package.LoadFromStream(StreamReader::CreateMemoryStreamReader(ReadAll(dir / c.file)), 1), 0);
+    std::string bytes;
+    ASSERT_TRUE(package.LoadRawData(nullptr, c.value, bytes));
+    EXPECT_EQ(ParseSesSignature(bytes, sig).status, SesStatus::kNotSes) << c.file;
+    EXPECT_EQ(sig.layout, 0) << "left unchanged";
+  }
+}
+
+TEST(SesSignature_Input, TruncationsAndBitFlipsNeverSucceedWrongly) {
+  const PackageFiles f = FromPackage(fs::path(TARVIK_SOURCE_DIR) / "testdata" / "signed_v1_png.ofd");
+  ASSERT_FALSE(f.signedValue.empty());
+  SesSignature sig;
+  // Every proper prefix is refused: the outer length no longer fits.
+  for (size_t n = 0; n < f.signedValue.size(); n += 97) {
+    EXPECT_FALSE(ParseSesSignature(std::string_view(f.signedValue).substr(0, n), sig)) << n;
+  }
+  EXPECT_EQ(ParseSesSignature("", sig).status, SesStatus::kEmpty);
+  // A raw SM2 signature SEQUENCE{r, s} has two fields but is no signature.
+  const std::string rs = Bytes({0x30, 0x06, 0x02, 0x01, 0x01, 0x02, 0x01, 0x02});
+  EXPECT_EQ(ParseSesSignature(rs, sig).status, SesStatus::kNotSes);
+  SesSeal seal;
+  EXPECT_EQ(ParseSesSeal(rs, seal).status, SesStatus::kNotSes);
+}
+
+TEST(SesPlugin_Pictures, AttemptsAnswerFromTheirOwnFile) {
+  const PackageFiles f = FromPackage(fs::path(TARVIK_SOURCE_DIR) / "testdata" / "signed_v4_ofdseal.ofd");
+  ASSERT_FALSE(f.seal.empty());
+  SesPlugin plugin;
+  std::string picture = "old", type = "old";
+  int w = -1, h = -1;
+  EXPECT_NE(plugin.GetPrimarySealImage(nullptr, "", 0, picture, type, w, h), 0);
+  EXPECT_NE(plugin.GetSecondarySealImage(nullptr, f.seal, 0, picture, type, w, h), 0);
+  EXPECT_NE(plugin.GetPrimarySealImage(nullptr, f.signedValue, 0, picture, type, w, h), 0);
+  EXPECT_NE(plugin.GetCombinedSealImage("", "junk", picture, type, w, h), 0);
+  EXPECT_EQ(picture, "old");  // failures leave the outputs alone
+  EXPECT_EQ(w, -1);
+
+  ASSERT_EQ(plugin.GetPrimarySealImage(nullptr, f.seal, 0, picture, type, w, h), 0);
+  EXPECT_EQ(type, "ofd");
+  EXPECT_EQ(picture.substr(0, 2), "PK");
+  EXPECT_EQ(w, 40);
+  EXPECT_EQ(h, 40);
+  std::string fromValue;
+  ASSERT_EQ(plugin.GetSecondarySealImage(nullptr, f.signedValue, 0, fromValue, type, w, h), 0);
+  EXPECT_EQ(fromValue, picture);
+  std::string combined;
+  EXPECT_EQ(plugin.GetCombinedSealImage(f.seal, "junk", combined, type, w, h), 0);
+  EXPECT_EQ(combined, picture);
+  combined.clear();
+  EXPECT_EQ(plugin.GetCombinedSealImage("", f.signedValue, combined, type, w, h), 0);
+  EXPECT_EQ(combined, picture);
+}
+
+TEST(SesDigest_Vectors, KnownDigestsUnderEveryName) {
+  SesPlugin plugin;
+  const struct {
+    const char* name;
+    const char* hex;
+  } cases[] = {
+      {"SM3", "66c7f0f462eeedd9d1f2d46bdc10e4e24167c4875cf2f7a2297da02b8f4ba8e0"},
+      {"sm3", "66c7f0f462eeedd9d1f2d46bdc10e4e24167c4875cf2f7a2297da02b8f4ba8e0"},
+      {"1.2.156.10197.1.401", "66c7f0f462eeedd9d1f2d46bdc10e4e24167c4875cf2f7a2297da02b8f4ba8e0"},
+      {"1.2.156.10197.1.401.2", "66c7f0f462eeedd9d1f2d46bdc10e4e24167c4875cf2f7a2297da02b8f4ba8e0"},
+      {"SHA256", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+      {"sha-256", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+      {"SHA1", "a9993e364706816aba3e25717850c26c9cd0d89d"},
+      {"Sha-1", "a9993e364706816aba3e25717850c26c9cd0d89d"},
+      {"MD5", "900150983cd24fb0d6963f7d28e17f72"},
+  };
+  for (const auto& c : cases) {
+    std::string digest;
+    ASSERT_EQ(plugin.Digest(nullptr, "abc", c.name, digest), 0) << c.name;
+    EXPECT_EQ(Hex(digest), c.hex) << c.name;
+    uintptr_t handle = 0;
+    ASSERT_EQ(plugin.DigestStart(nullptr, &handle, c.name), 0) << c.name;
+    EXPECT_EQ(plugin.DigestUpdate(nullptr, handle, "a"), 0);
+    EXPECT_EQ(plugin.DigestUpdate(nullptr, handle, ""), 0);
+    EXPECT_EQ(plugin.DigestUpdate(nullptr, handle, "bc"), 0);
+    digest.clear();
+    ASSERT_EQ(plugin.DigestFinish(nullptr, handle, digest), 0);
+    EXPECT_EQ(Hex(digest), c.hex) << c.name;
+  }
+  EXPECT_TRUE(plugin.QueryCapability(17));
+  EXPECT_FALSE(plugin.QueryCapability(16));
+}
+
+TEST(SesDigest_Failures, UnknownNamesAndNullHandles) {
+  SesPlugin plugin;
+  std::string digest = "kept";
+  for (const char* name : {"", "SM2", "SHA-512x", "1.2.156.10197.1.4011", "sm3 "}) {
+    EXPECT_EQ(plugin.Digest(nullptr, "abc", name, digest), kSesPluginUnknownAlgorithm) << name;
+    uintptr_t handle = 7;
+    EXPECT_EQ(plugin.DigestStart(nullptr, &handle, name), kSesPluginUnknownAlgorithm) << name;
+    EXPECT_EQ(handle, 7u);
+  }
+  EXPECT_EQ(digest, "kept");
+  EXPECT_NE(plugin.DigestStart(nullptr, nullptr, "SM3"), 0);
+  EXPECT_NE(plugin.DigestUpdate(nullptr, 0, "abc"), 0);
+  EXPECT_NE(plugin.DigestFinish(nullptr, 0, digest), 0);
+  EXPECT_EQ(digest, "kept");
+}
+
+TEST(SesDigest_Stepwise, MatchesOneShotAcrossPieceBoundaries) {
+  std::string data(16384 * 3 + 17, '\0');
+  for (size_t i = 0; i < data.size(); ++i) data[i] = static_cast<char>((i * 131 + 7) % 251);
+  SesPlugin plugin;
+  for (size_t length : {size_t{0}, size_t{100}, size_t{16384}, size_t{16385}, size_t{32768}, data.size()}) {
+    const std::string part = data.substr(0, length);
+    std::string oneShot;
+    ASSERT_EQ(plugin.Digest(nullptr, part, "SM3", oneShot), 0);
+    BinaryBuf buf;
+    buf.AppendBuf("x", 1);  // the digest goes after what the buffer holds
+    ASSERT_EQ(tarvik::CalcDigest(reinterpret_cast<unsigned char*>(data.data()),
+                                 static_cast<unsigned int>(length), "SM3", &plugin, nullptr, buf),
+              0);
+    ASSERT_EQ(buf.GetSize(), 33);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(buf.GetBuffer()) + 1, 32), oneShot) << length;
+  }
+}
+
+TEST(SesDigest_Threads, ConcurrentDigestsAgree) {
+  SesPlugin plugin;
+  const std::string data(100000, 'q');
+  std::string expected;
+  ASSERT_EQ(plugin.Digest(nullptr, data, "SHA256", expected), 0);
+  std::vector<std::string> results(4);
+  std::vector<std::thread> threads;
+  for (auto& r : results) {
+    threads.emplace_back([&plugin, &data, &r] {
+      for (int i = 0; i < 20; ++i) {
+        uintptr_t handle = 0;
+        if (plugin.DigestStart(nullptr, &handle, "SHA256") != 0) return;
+        for (size_t off = 0; off < data.size(); off += 4096) plugin.DigestUpdate(nullptr, handle, data.substr(off, 4096));
+        plugin.DigestFinish(nullptr, handle, r);
+      }
+    });
+  }
+  for (auto& t : threads) t.join();
+  for (const auto& r : results) EXPECT_EQ(r, expected);
+}
+
+TEST(SesFuzzCorpus, EveryInputIsHandled) {
+  const fs::path dir = fs::path(TARVIK_SOURCE_DIR) / "fuzz" / "corpus" / "ses";
+  SesPlugin plugin;
+  int count = 0, parsed = 0;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (!entry.is_regular_file()) continue;
+    const std::string bytes = ReadAll(entry.path());
+    SesSeal seal;
+    SesSignature sig;
+    parsed += ParseSesSeal(bytes, seal) ? 1 : 0;
+    parsed += ParseSesSignature(bytes, sig) ? 1 : 0;
+    std::string picture, type;
+    int w = 0, h = 0;
+    plugin.GetCombinedSealImage(bytes, bytes, picture, type, w, h);
+    ++count;
+  }
+  EXPECT_GT(count, 0) << "no corpus in " << dir;
+  EXPECT_GT(parsed, 0);
+}
+
+}  // namespace
+}  // namespace host
