@@ -87,7 +87,7 @@ TEST(SealImageExtract_Order, PrimarySuccessAsksNothingElse) {
   EXPECT_EQ(plugin.calls[0].data, "SEAL-DATA");
   EXPECT_EQ(plugin.calls[0].renderMode, 3);
   EXPECT_EQ(plugin.calls[0].userData, &token);
-  EXPECT_EQ(plugin.ImageCheckCallback, &CheckRasterImage);
+  EXPECT_EQ(plugin.ImageCheckCallback.load(), &CheckRasterImage);
 }
 
 TEST(SealImageExtract_Order, FailuresFallThroughWithSharedOutputs) {

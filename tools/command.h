@@ -13,5 +13,6 @@ int RunSeal(const std::vector<std::string>& args);
 int RunRender(const std::vector<std::string>& args);
 int RunInfo(const std::vector<std::string>& args);
 int RunDigest(const std::vector<std::string>& args);
+int RunText(const std::vector<std::string>& args);
 
 }  // namespace tools

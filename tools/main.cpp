@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command.h"
+#include "text_options.h"
 
 namespace {
 
@@ -16,16 +17,21 @@ void Usage(std::FILE* out) {
       "commands:\n"
       "  seal FILE -o OUT.png [--dpi D] [--size WxH]\n"
       "      decode a seal picture (raster or OFD package) and write it as PNG\n"
-      "  render FILE.ofd [--page N] [--dpi D] -o OUT.png\n"
-      "      draw a document's pages (default: all, as OUT-1.png, OUT-2.png, ...;\n"
-      "      150 dpi)\n"
+      "  render FILE.ofd [--page N] [--dpi D] [--no-seals] [--cross] [--gray|--black]\n"
+      "       [--render-mode N] [seal text options] -o OUT.png\n"
+      "      draw a document's pages with their signatures' seals (default: all\n"
+      "      pages, as OUT-1.png, OUT-2.png, ...; 150 dpi)\n"
       "  info FILE.ofd\n"
       "      list the signatures, where their seals lie and what the seals hold\n"
       "  digest FILE [--alg sm3|sha256|sha1|md5]\n"
       "      print a file's digest (default SM3) in hex\n"
+      "  text FILE.ofd --text TEXT [seal text options]\n"
+      "      print where the text goes on each seal, as JSON (page millimetres)\n"
       "  help\n"
-      "      show this text\n",
+      "      show this text\n"
+      "\n",
       out);
+  std::fputs(tools::kTextOptionsUsage, out);
 }
 
 }  // namespace
@@ -45,6 +51,7 @@ int main(int argc, char** argv) {
   if (command == "render") return tools::RunRender(args);
   if (command == "info") return tools::RunInfo(args);
   if (command == "digest") return tools::RunDigest(args);
+  if (command == "text") return tools::RunText(args);
   std::fprintf(stderr, "tarvik: unknown command '%s'\n", command.c_str());
   Usage(stderr);
   return 2;

@@ -8,21 +8,65 @@
 #include <string>
 
 #include "command.h"
+#include "text_options.h"
 #include "host/base/codec.h"
 #include "host/base/device.h"
 #include "host/base/stream_reader.h"
+#include "host/base/bitmap_device.h"
+#include "host/oes/ses_plugin.h"
+#include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
+#include "host/ofd/ofd_signature.h"
 #include "host/render/ofd_clip_page_area.h"
 #include "host/render/ofd_progressive_render.h"
 #include "host/render/ofd_render_context.h"
+#include "tarvik/tarvik.h"
 
 namespace tools {
 
 namespace {
 
-constexpr const char* kUsage = "usage: tarvik render FILE.ofd [--page N] [--dpi D] -o OUT.png\n";
+constexpr const char* kUsage =
+    "usage: tarvik render FILE.ofd [--page N] [--dpi D] [--no-seals] [--cross] [--gray|--black]\n"
+    "                     [--render-mode N] [seal text options] -o OUT.png\n";
+
+// What the whole run shares: the document's seal drawing and its signatures.
+struct SealRun {
+  tarvik::Tarvik* tarvik = nullptr;
+  const host::OfdSignatures* signatures = nullptr;  // null: draw no seals
+  host::OESPlugin* plugin = nullptr;
+  tarvik::RenderSealParam param;
+};
+
+// Reads a seal's picture once before drawing, so that a seal that cannot be
+// shown is named; a raster picture read here goes straight into the cache.
+bool SealReadable(const SealRun& run, const host::OfdAnnotationSeal& seal) {
+  if (!seal.sealMedia) return false;
+  const host::OfdMultiMedia* media = seal.sealMedia.get();
+  const int mode = run.param.image->renderMode;
+  if (mode == 0 && run.tarvik->GetCachedSealImage(media)) return true;
+  bool isOfd = false;
+  std::unique_ptr<host::Dib> dib(
+      tarvik::ParseSealImage(media, mode, run.plugin, nullptr, 1, 1, 0, isOfd));
+  if (!dib) return false;
+  if (!isOfd && mode == 0 && run.tarvik->AddSealImageToCache(media, dib.get())) dib.release();
+  return true;
+}
+
+// Draws the seals that signatures put on `page`, above its content.
+void DrawSeals(const SealRun& run, host::OfdPage* page, host::Device* device,
+               const host::Matrix& matrix) {
+  if (!run.signatures || run.signatures->AttachSealAnnotations(page) == 0) return;
+  for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations()) {
+    if (!SealReadable(run, *seal)) {
+      std::fprintf(stderr, "tarvik render: the seal of signature annotation %u on page %d cannot be read\n",
+                   seal->id, page->GetPageIndex() + 1);
+    }
+    run.tarvik->RenderSignature(page, run.plugin, nullptr, seal, run.param, device, matrix);
+  }
+}
 
 // OUT.png -> OUT-<n>.png
 std::string NumberedName(const std::string& output, int number) {
@@ -35,7 +79,8 @@ std::string NumberedName(const std::string& output, int number) {
 }
 
 // Renders page `index` at `dpi` into `path`; false with a message on failure.
-bool RenderPage(host::OfdDocument& doc, int index, int dpi, const std::string& path) {
+bool RenderPage(host::OfdDocument& doc, const SealRun& run, int index, int dpi,
+                const std::string& path) {
   std::unique_ptr<host::OfdPage> page(doc.LoadPage(index, 1));
   if (!page || !page->ParseContents()) {
     std::fprintf(stderr, "tarvik render: page %d cannot be read\n", index + 1);
@@ -62,6 +107,7 @@ bool RenderPage(host::OfdDocument& doc, int index, int dpi, const std::string& p
   render.StartRender(&context, device.get());
   while (render.Continue()) {
   }
+  DrawSeals(run, page.get(), device.get(), matrix);
   std::unique_ptr<host::Dib> dib(device->TakeBitmap());
   if (!dib || !host::WritePng(*dib, path.c_str())) {
     std::fprintf(stderr, "tarvik render: cannot write %s\n", path.c_str());
@@ -75,9 +121,18 @@ bool RenderPage(host::OfdDocument& doc, int index, int dpi, const std::string& p
 int RunRender(const std::vector<std::string>& args) {
   std::string input, output;
   int dpi = 150, pageNumber = 0;
+  bool seals = true;
+  tarvik::RenderSealParam::ImageParam image;
+  TextOptions text;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     const bool hasValue = i + 1 < args.size();
+    const OptionResult textOption = ParseTextOption(args, i, text);
+    if (textOption == OptionResult::kTaken) continue;
+    if (textOption == OptionResult::kBad) {
+      std::fprintf(stderr, "tarvik render: bad value for '%s'\n%s", a.c_str(), kTextOptionsUsage);
+      return 2;
+    }
     if (a == "-o" && hasValue) {
       output = args[++i];
     } else if (a == "--dpi" && hasValue) {
@@ -88,6 +143,16 @@ int RunRender(const std::vector<std::string>& args) {
         std::fputs("tarvik render: --page counts from 1\n", stderr);
         return 2;
       }
+    } else if (a == "--no-seals") {
+      seals = false;
+    } else if (a == "--cross") {
+      image.crossMark = 1;
+    } else if (a == "--gray" || a == "--grey") {
+      image.colorMode = 1;
+    } else if (a == "--black") {
+      image.colorMode = 2;
+    } else if (a == "--render-mode" && hasValue) {
+      image.renderMode = std::atoi(args[++i].c_str());
     } else if (!a.empty() && a[0] != '-' && input.empty()) {
       input = a;
     } else {
@@ -121,6 +186,18 @@ int RunRender(const std::vector<std::string>& args) {
     std::fprintf(stderr, "tarvik render: the document has %d page(s)\n", count);
     return 1;
   }
+  tarvik::SetDeviceCreator(host::BitmapDeviceCreator, nullptr);
+  tarvik::Tarvik sealDrawing(&doc);
+  host::SesPlugin plugin;
+  std::unique_ptr<host::OfdSignatures> signatures;
+  if (seals) signatures = host::OfdSignatures::Load(&doc);
+  SealRun run;
+  run.tarvik = &sealDrawing;
+  run.signatures = signatures.get();
+  run.plugin = &plugin;
+  run.param.image = &image;
+  if (text.haveText) run.param.text = &text.param;
+
   const bool progress = isatty(STDERR_FILENO) != 0;
   const int first = pageNumber ? pageNumber - 1 : 0;
   const int last = pageNumber ? pageNumber : count;
@@ -128,7 +205,7 @@ int RunRender(const std::vector<std::string>& args) {
   for (int i = first; i < last; ++i) {
     if (progress) std::fprintf(stderr, "\rrendering page %d of %d", i + 1, count);
     const std::string path = pageNumber ? output : NumberedName(output, i + 1);
-    if (!RenderPage(doc, i, dpi, path)) ++failures;
+    if (!RenderPage(doc, run, i, dpi, path)) ++failures;
   }
   if (progress) std::fputc('\n', stderr);
   return failures ? 1 : 0;

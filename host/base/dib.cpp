@@ -1,6 +1,7 @@
 #include "host/base/dib.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <unordered_map>
 
@@ -91,7 +92,7 @@ bool IsDibSizeAllowed(int64_t width, int64_t height) {
 
 Dib::~Dib() = default;
 
-std::unique_ptr<Dib> Dib::Create(int width, int height, DibFormat format) {
+std::unique_ptr<Dib> Dib::Allocate(int width, int height, DibFormat format) {
   const int bpp = DibFormatBpp(format);
   if (bpp == 0 || !IsDibSizeAllowed(width, height)) return nullptr;
   std::unique_ptr<Dib> dib(new (std::nothrow) Dib());
@@ -101,8 +102,10 @@ std::unique_ptr<Dib> Dib::Create(int width, int height, DibFormat format) {
   dib->bpp_ = bpp;
   dib->pitch_ = PitchFor(width, bpp);
   dib->format_ = format;
+  // Left uninitialised: a copy overwrites every byte at once.
+  dib->pixels_.reset(new (std::nothrow) uint8_t[dib->ByteCount()]);
+  if (!dib->pixels_) return nullptr;
   try {
-    dib->pixels_.assign(static_cast<size_t>(dib->pitch_) * height, 0);
     if (format == kDibIndexed8) dib->palette_.assign(256, 0);
   } catch (const std::bad_alloc&) {
     return nullptr;
@@ -110,9 +113,23 @@ std::unique_ptr<Dib> Dib::Create(int width, int height, DibFormat format) {
   return dib;
 }
 
+std::unique_ptr<Dib> Dib::Create(int width, int height, DibFormat format) {
+  std::unique_ptr<Dib> dib = Allocate(width, height, format);
+  if (dib) std::memset(dib->pixels_.get(), 0, dib->ByteCount());
+  return dib;
+}
+
 std::unique_ptr<Dib> Dib::Clone(const Rect* rect) const {
   const Rect area = ClippedArea(rect, width_, height_);
   if (area.IsEmpty()) return nullptr;
+  if (area.Width() == width_ && area.Height() == height_) {
+    // The whole bitmap: one block copy, pitch included.
+    auto copy = Allocate(width_, height_, format_);
+    if (!copy) return nullptr;
+    copy->palette_ = palette_;
+    std::memcpy(copy->pixels_.get(), pixels_.get(), ByteCount());
+    return copy;
+  }
   auto copy = Create(area.Width(), area.Height(), format_);
   if (!copy) return nullptr;
   copy->palette_ = palette_;
@@ -235,7 +252,7 @@ bool Dib::SetPalette(const uint32_t* entries, int count) {
 
 void Dib::Fill(uint32_t argb) {
   if (format_ == kDibIndexed8) {
-    std::fill(pixels_.begin(), pixels_.end(), static_cast<uint8_t>(NearestIndex(palette_, argb)));
+    std::memset(pixels_.get(), NearestIndex(palette_, argb), ByteCount());
     return;
   }
   for (int y = 0; y < height_; ++y) {

@@ -48,10 +48,10 @@ class HOST_API Dib {
   int GetPitch() const { return pitch_; }
   int GetBPP() const { return bpp_; }
   DibFormat GetFormat() const { return format_; }
-  uint8_t* GetBuffer() { return pixels_.data(); }
-  const uint8_t* GetBuffer() const { return pixels_.data(); }
-  uint8_t* GetScanline(int y) { return pixels_.data() + static_cast<size_t>(y) * pitch_; }
-  const uint8_t* GetScanline(int y) const { return pixels_.data() + static_cast<size_t>(y) * pitch_; }
+  uint8_t* GetBuffer() { return pixels_.get(); }
+  const uint8_t* GetBuffer() const { return pixels_.get(); }
+  uint8_t* GetScanline(int y) { return pixels_.get() + static_cast<size_t>(y) * pitch_; }
+  const uint8_t* GetScanline(int y) const { return pixels_.get() + static_cast<size_t>(y) * pitch_; }
 
   /// A copy of the whole bitmap, or of `rect` clipped to it; null when the
   /// clipped area is empty or memory runs out. Caller owns the result.
@@ -81,12 +81,16 @@ class HOST_API Dib {
 
  private:
   Dib() = default;
+  // A bitmap whose pixel bytes are not yet written; null when refused.
+  static std::unique_ptr<Dib> Allocate(int width, int height, DibFormat format);
+  size_t ByteCount() const { return static_cast<size_t>(pitch_) * height_; }
+
   int width_ = 0;
   int height_ = 0;
   int pitch_ = 0;
   int bpp_ = 0;
   DibFormat format_ = kDibInvalid;
-  std::vector<uint8_t> pixels_;
+  std::unique_ptr<uint8_t[]> pixels_;
   std::vector<uint32_t> palette_;
 };
 

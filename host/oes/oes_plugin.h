@@ -2,6 +2,7 @@
 // data, and digests.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -16,9 +17,12 @@ namespace host {
 /// implementation's to say.
 class HOST_API OESPlugin {
  public:
+  using ImageCheck = int (*)(unsigned char* data, unsigned long length);
   /// Tests whether bytes decode as a raster picture (1) or not (0). Set by
   /// the seal library before it asks for pictures; the provider may call it.
-  int (*ImageCheckCallback)(unsigned char* data, unsigned long length) = nullptr;
+  /// Atomic because every request stores it again, from whatever thread
+  /// renders, while other threads may be calling it.
+  std::atomic<ImageCheck> ImageCheckCallback{nullptr};
 
   virtual ~OESPlugin();
 

@@ -17,6 +17,7 @@
 #include "host/base/mutex.h"
 #include "host/base/wide_string.h"
 #include "tarvik/export.h"
+#include "tarvik/obj_map.h"
 
 namespace host {
 class OfdDocument;
@@ -100,6 +101,53 @@ using DeviceCreator = Device* (*)(int width, int height, DibFormat format, uint3
 /// Installs the process-wide device creator and its user data, replacing any
 /// earlier ones (null uninstalls). Not synchronised: call before rendering.
 TARVIK_API void SetDeviceCreator(DeviceCreator creator, void* userData);
+
+/// One open document's seal drawing: draws its signatures and keeps the
+/// raster seal bitmaps it decoded, keyed by the seal's data location, so that
+/// a repaint costs one lookup and one copy. Make one per open document and
+/// destroy it when the document closes. RenderSignature may run on several
+/// threads at once; removing cache entries or destroying the object must not
+/// overlap with rendering on it.
+class TARVIK_API Tarvik {
+ public:
+  /// Keeps `document` (borrowed) and starts with an empty cache.
+  explicit Tarvik(host::OfdDocument* document);
+  /// Deletes every cached bitmap.
+  ~Tarvik();
+  Tarvik(const Tarvik&) = delete;
+  Tarvik& operator=(const Tarvik&) = delete;
+
+  /// Draws one seal annotation of `page` on `device`: the seal picture when
+  /// `param.image` is set (through the page renderer, which asks
+  /// GetSealImage for it), then the text of `param.text` when that is set.
+  /// `matrix` maps page millimetres to device coordinates. `plugin` and
+  /// `userData` are handed to the seal provider unchanged.
+  void RenderSignature(host::OfdPage* page, host::OESPlugin* plugin, void* userData,
+                       host::OfdAnnotationSeal* annotation, const RenderSealParam& param,
+                       Device* device, const Matrix& matrix);
+
+  /// The page renderer's seal image parser: the seal picture of `media` for a
+  /// request made by RenderSignature (`request`), adjusted as its image
+  /// parameters say. A new bitmap owned by the caller, or null.
+  static Dib* GetSealImage(const host::OfdMultiMedia* media, const Size& size, void* request);
+
+  /// The cached bitmap of a seal resource, lent (it stays the cache's), or
+  /// null. Thread-safe.
+  const Dib* GetCachedSealImage(const host::OfdMultiMedia* media);
+  /// Gives `dib` to the cache; false (the caller keeps `dib`) when the
+  /// resource already has a bitmap there. Thread-safe.
+  bool AddSealImageToCache(const host::OfdMultiMedia* media, const Dib* dib);
+  /// Deletes the resource's cached bitmap and forgets the entry. Thread-safe.
+  void RemoveSealImageCache(const host::OfdMultiMedia* media);
+
+  /// The document given at construction.
+  host::OfdDocument* GetDocument() const { return document_; }
+
+ private:
+  host::OfdDocument* document_;
+  ObjMap<host::ByteString, const Dib*> cache_;
+  host::MutexObject cacheLock_;
+};
 
 /// Decodes seal data: a raster picture keeps its own size; an OFD package is
 /// rendered at `width` x `height` pixels, or at `resolution` dpi when that is

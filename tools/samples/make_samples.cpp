@@ -139,6 +139,11 @@ int main(int argc, char** argv) {
     std::fputs("tarvik_make_samples: cannot write the seal picture\n", stderr);
     return 1;
   }
+  // The seal picture as an OFD package by itself (same bytes on every run).
+  if (!WriteFile(dir + "/sample_seal.ofd", samples::SealOfdPackage())) {
+    std::fputs("tarvik_make_samples: cannot write the OFD seal\n", stderr);
+    return 1;
+  }
   const std::unique_ptr<samples::Sm2Signer> signer = samples::Sm2Signer::Create();
   if (!signer) {
     std::fputs("tarvik_make_samples: cannot make an SM2 key\n", stderr);

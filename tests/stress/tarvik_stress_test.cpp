@@ -1,0 +1,194 @@
+// Many threads drawing signed pages through one Tarvik: every result must be
+// pixel-identical to a single-threaded rendering, and a raster seal is read
+// through the provider only by the threads that raced for the empty cache.
+// Built on its own so that a ThreadSanitizer build needs nothing else.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/base/bitmap_device.h"
+#include "host/base/stream_reader.h"
+#include "host/oes/ses_plugin.h"
+#include "host/ofd/ofd_annotation.h"
+#include "host/ofd/ofd_document.h"
+#include "host/ofd/ofd_package.h"
+#include "host/ofd/ofd_page.h"
+#include "host/ofd/ofd_signature.h"
+#include "host/render/ofd_clip_page_area.h"
+#include "host/render/ofd_progressive_render.h"
+#include "host/render/ofd_render_context.h"
+#include "tarvik/tarvik.h"
+
+namespace {
+
+constexpr int kThreads = 8;
+constexpr int kRendersPerThread = 40;
+constexpr int kDpi = 30;
+
+// The SES provider, counting the seal picture requests it answers.
+class CountingPlugin : public host::SesPlugin {
+ public:
+  std::atomic<int> requests{0};
+  int GetCombinedSealImage(const std::string& p, const std::string& s, std::string& picture,
+                           std::string& type, int& width, int& height) override {
+    ++requests;
+    return SesPlugin::GetCombinedSealImage(p, s, picture, type, width, height);
+  }
+  int GetSecondarySealImage(void* user, const std::string& s, int mode, std::string& picture,
+                            std::string& type, int& width, int& height) override {
+    ++requests;
+    return SesPlugin::GetSecondarySealImage(user, s, mode, picture, type, width, height);
+  }
+  int GetPrimarySealImage(void* user, const std::string& p, int mode, std::string& picture,
+                          std::string& type, int& width, int& height) override {
+    ++requests;
+    return SesPlugin::GetPrimarySealImage(user, p, mode, picture, type, width, height);
+  }
+};
+
+struct Variant {
+  int crossMark;
+  int colorMode;
+};
+constexpr Variant kVariants[] = {{0, 0}, {1, 0}, {0, 1}, {0, 2}, {1, 1}};
+constexpr int kVariantCount = sizeof(kVariants) / sizeof(kVariants[0]);
+
+// An open signed document; pages are loaded per rendering, as a viewer's
+// threads would.
+struct SignedDocument {
+  host::OfdPackage package;
+  host::OfdDocument document;
+  std::unique_ptr<host::OfdSignatures> signatures;
+
+  bool Open(const std::string& path) {
+    host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
+    if (!reader || package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1 ||
+        document.LoadDocument(&package, package.GetDocument(0), -1) != 0) {
+      return false;
+    }
+    signatures = host::OfdSignatures::Load(&document);
+    return signatures && document.CountPages() > 0;
+  }
+};
+
+// Draws the page and its seals the way a viewer does.
+std::unique_ptr<host::Dib> Render(SignedDocument& doc, tarvik::Tarvik& tarvik,
+                                  host::OESPlugin& plugin, const Variant& variant) {
+  std::unique_ptr<host::OfdPage> page(doc.document.LoadPage(0, 1));
+  if (!page || !page->ParseContents()) return nullptr;
+  const int w = static_cast<int>(page->GetPageWidth() * kDpi / 25.4);
+  const int h = static_cast<int>(page->GetPageHeight() * kDpi / 25.4);
+  std::unique_ptr<host::Device> device =
+      host::CreateBitmapDevice(w, h, host::kDibArgb32, 0xFFFFFFFF);
+  const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
+  {
+    host::OfdRenderContext context(0);
+    context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
+    host::OfdClipPageArea(device.get(), page.get(), matrix);
+    host::OfdProgressiveRender render(page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
+    render.StartRender(&context, device.get());
+    while (render.Continue()) {
+    }
+  }
+  doc.signatures->AttachSealAnnotations(page.get());
+  tarvik::RenderSealParam::ImageParam image;
+  image.crossMark = variant.crossMark;
+  image.colorMode = variant.colorMode;
+  tarvik::RenderSealParam param;
+  param.image = &image;
+  for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations()) {
+    tarvik.RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(), matrix);
+  }
+  return std::unique_ptr<host::Dib>(device->TakeBitmap());
+}
+
+bool SamePixels(const host::Dib& a, const host::Dib& b) {
+  if (a.GetWidth() != b.GetWidth() || a.GetHeight() != b.GetHeight()) return false;
+  const size_t row = static_cast<size_t>(a.GetWidth()) * 4;
+  for (int y = 0; y < a.GetHeight(); ++y) {
+    if (std::memcmp(a.GetScanline(y), b.GetScanline(y), row) != 0) return false;
+  }
+  return true;
+}
+
+struct StressCase {
+  const char* file;
+  bool raster;  // raster seals are cached; OFD seals are drawn afresh each time
+};
+
+class TarvikStress : public ::testing::TestWithParam<StressCase> {
+ protected:
+  void SetUp() override { tarvik::SetDeviceCreator(host::BitmapDeviceCreator, nullptr); }
+  void TearDown() override { tarvik::SetDeviceCreator(nullptr, nullptr); }
+};
+
+TEST_P(TarvikStress, ThreadsDrawWhatOneThreadDraws) {
+  const StressCase& c = GetParam();
+  SignedDocument doc;
+  ASSERT_TRUE(doc.Open(std::string(TARVIK_SOURCE_DIR) + "/testdata/" + c.file));
+
+  std::vector<std::unique_ptr<host::Dib>> expected;
+  int requestsPerRead = 0;  // the provider may be asked more than once per reading
+  {
+    tarvik::Tarvik single(&doc.document);
+    CountingPlugin plugin;
+    for (const Variant& v : kVariants) {
+      expected.push_back(Render(doc, single, plugin, v));
+      ASSERT_TRUE(expected.back());
+      if (requestsPerRead == 0) requestsPerRead = plugin.requests.load();
+    }
+    ASSERT_GT(requestsPerRead, 0);
+    // Without seals the page would look the same for every variant.
+    ASSERT_FALSE(SamePixels(*expected[0], *expected[1]));
+  }
+
+  tarvik::Tarvik shared(&doc.document);
+  CountingPlugin plugin;
+  std::atomic<int> mismatches{0};
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (int k = 0; k < kRendersPerThread; ++k) {
+        const int v = (t * 3 + k) % kVariantCount;
+        std::unique_ptr<host::Dib> dib = Render(doc, shared, plugin, kVariants[v]);
+        if (!dib) {
+          ++failures;
+        } else if (!SamePixels(*dib, *expected[v])) {
+          ++mismatches;
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(failures.load(), 0);
+  EXPECT_EQ(mismatches.load(), 0);
+
+  const int requests = plugin.requests.load();
+  const int renders = kThreads * kRendersPerThread;
+  if (c.raster) {
+    // Only threads that found the cache empty asked; one of them won.
+    EXPECT_GE(requests, requestsPerRead);
+    EXPECT_LE(requests, kThreads * requestsPerRead);
+    Render(doc, shared, plugin, kVariants[0]);
+    EXPECT_EQ(plugin.requests.load(), requests);
+  } else {
+    EXPECT_EQ(requests, renders * requestsPerRead);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seals, TarvikStress,
+                         ::testing::Values(StressCase{"signed_v4_png.ofd", true},
+                                           StressCase{"signed_v1_png.ofd", true},
+                                           StressCase{"signed_v4_ofdseal.ofd", false}),
+                         [](const auto& info) {
+                           std::string name = info.param.file;
+                           return name.substr(0, name.find('.'));
+                         });
+
+}  // namespace
