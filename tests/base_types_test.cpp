@@ -13,7 +13,6 @@
 #include "host/base/geometry.h"
 #include "host/base/matrix.h"
 #include "host/base/memory.h"
-#include "host/base/mutex.h"
 #include "host/base/stream_reader.h"
 #include "host/base/wide_string.h"
 
@@ -166,13 +165,6 @@ TEST(BinaryBuf_Append, IgnoresNullAndNonPositive) {
   buf.AppendBuf("de", 2);
   ASSERT_EQ(buf.GetSize(), 5);
   EXPECT_EQ(std::memcmp(buf.GetBuffer(), "abcde", 5), 0);
-}
-
-TEST(MutexLock_Scope, LocksAndUnlocks) {
-  MutexObject m;
-  { MutexLock lock(m); }
-  m.Lock();  // would deadlock if the scope above had not unlocked
-  m.Unlock();
 }
 
 void CheckReader(StreamReader* r, const std::string& bytes) {

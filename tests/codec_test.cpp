@@ -121,18 +121,21 @@ std::vector<DecodeCase> DecodeCases() {
     }
     return im;
   }();
+  using enum ts::PngKind;
   return {
-      {"PngRgb", [=] { return ts::MakePng(rgb, false); }, host::kImagePng, host::kDibRgb24, 13, 11, Of(rgb), 0},
-      {"PngRgba", [=] { return ts::MakePng(rgba, true); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba), 0},
-      {"Png16Bit", [=] { return ts::MakePng(rgba, true, 16); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba), 0},
-      {"PngInterlaced", [=] { return ts::MakePng(rgb, false, 8, true); }, host::kImagePng, host::kDibRgb24, 13, 11,
+      {"PngRgb", [=] { return ts::MakePng(rgb, kRgb); }, host::kImagePng, host::kDibRgb24, 13, 11, Of(rgb), 0},
+      {"PngRgba", [=] { return ts::MakePng(rgba, kRgba); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba), 0},
+      {"Png16Bit", [=] { return ts::MakePng(rgba, kRgba, 16); }, host::kImagePng, host::kDibArgb32, 13, 11, Of(rgba),
+       0},
+      {"PngInterlaced", [=] { return ts::MakePng(rgb, kRgb, 8, true); }, host::kImagePng, host::kDibRgb24, 13, 11,
        Of(rgb), 0},
-      {"PngPalette", [=] { return ts::MakePalettePng(paletted, kPalette); }, host::kImagePng, host::kDibIndexed8, 9,
-       7, Of(paletted), 0},
-      {"PngPaletteTrns", [=] { return ts::MakePalettePng(translucent, kTranslucentPalette); }, host::kImagePng,
-       host::kDibArgb32, 9, 7, Of(translucent), 0},
-      {"PngGrey", [=] { return ts::MakeGreyPng(rgb, 8); }, host::kImagePng, host::kDibIndexed8, 13, 11, grey(rgb), 0},
-      {"PngGrey16", [=] { return ts::MakeGreyPng(rgb, 16); }, host::kImagePng, host::kDibIndexed8, 13, 11, grey(rgb), 0},
+      {"PngPalette", [=] { return ts::MakePng(paletted, kIndexed, 8, false, kPalette); }, host::kImagePng,
+       host::kDibIndexed8, 9, 7, Of(paletted), 0},
+      {"PngPaletteTrns", [=] { return ts::MakePng(translucent, kIndexed, 8, false, kTranslucentPalette); },
+       host::kImagePng, host::kDibArgb32, 9, 7, Of(translucent), 0},
+      {"PngGrey", [=] { return ts::MakePng(rgb, kGrey); }, host::kImagePng, host::kDibIndexed8, 13, 11, grey(rgb), 0},
+      {"PngGrey16", [=] { return ts::MakePng(rgb, kGrey, 16); }, host::kImagePng, host::kDibIndexed8, 13, 11,
+       grey(rgb), 0},
       {"JpegRgb", [=] { return ts::MakeJpeg(big, false); }, host::kImageJpeg, host::kDibRgb24, 40, 30, Of(big), 12},
       {"JpegGrey", [=] { return ts::MakeJpeg(big, true); }, host::kImageJpeg, host::kDibIndexed8, 40, 30, grey(big), 6},
       {"GifOpaque", [=] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7)}); }, host::kImageGif,
@@ -259,7 +262,7 @@ TEST(Codec_PngEncode, RoundTripsEachFormat) {
 
 TEST(Codec_Options, ClipImageSizeAndFrame) {
   const ts::SampleImage image = ts::GradientImage(16, 12, false);
-  const std::string png = ts::MakePng(image, false);
+  const std::string png = ts::MakePng(image, ts::PngKind::kRgb);
   Size size(-1, -1);
   const Rect clip(4, 3, 10, 9);
   std::unique_ptr<Dib> dib = Load(png, host::kImageUnknown, &size, &clip);
@@ -308,7 +311,7 @@ TEST(Codec_Options, ClipImageSizeAndFrame) {
 TEST(Codec_BadInput, NullWithoutPrinting) {
   const ts::SampleImage rgb = ts::GradientImage(24, 20, false);
   const ts::SampleImage paletted = ts::PaletteImage(24, 20, kPalette);
-  const std::string png = ts::MakePng(rgb, false);
+  const std::string png = ts::MakePng(rgb, ts::PngKind::kRgb);
   const std::string jpeg = ts::MakeJpeg(rgb, false);
   const std::string progressive = ts::MakeJpeg(rgb, false, true);
   const std::string gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)});

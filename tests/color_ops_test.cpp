@@ -6,7 +6,6 @@
 #include <iterator>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "image/color_ops.h"
 
@@ -49,6 +48,7 @@ TEST(CrossMark_Pixels, StrokeBlocksClippedAtBorders) {
                             "XXXXX.XXXX";
   const struct { int w, h; DibFormat format; std::string mask; } cases[] = {
       {1, 1, host::kDibArgb32, "X"},
+      {5, 5, host::kDibIndexed8, Rows(5, 5, '.')},
       {2, 2, host::kDibArgb32, "XX/XX"},
       {3, 3, host::kDibRgb24, Rows(3, 3, 'X')},
       {4, 4, host::kDibRgb24, Rows(4, 4, 'X')},
@@ -65,21 +65,6 @@ TEST(CrossMark_Pixels, StrokeBlocksClippedAtBorders) {
     ASSERT_NE(dib, nullptr);
     DrawCrossMark(*dib);
     EXPECT_EQ(Mask(*dib), c.mask) << c.w << "x" << c.h << " format " << c.format;
-  }
-}
-
-TEST(CrossMark_Pixels, OpaqueRedOn32Bit) {
-  auto dib = Dib::Create(1, 1, host::kDibArgb32);
-  DrawCrossMark(*dib);
-  EXPECT_EQ(dib->GetPixel({0, 0}), 0xFFFF0000u);
-}
-
-TEST(CrossMark_Paletted, LeftUnchanged) {
-  auto dib = Dib::Create(5, 5, host::kDibIndexed8);
-  DrawCrossMark(*dib);
-  DrawThickLine(*dib, 0, 0, 0, 0);
-  for (int y = 0; y < 5; ++y) {
-    for (int x = 0; x < dib->GetPitch(); ++x) EXPECT_EQ(dib->GetScanline(y)[x], 0);
   }
 }
 
@@ -111,77 +96,62 @@ TEST(SealColour_GrayOf, WeightsTruncateAndKeepAlpha) {
   for (const auto& c : cases) EXPECT_EQ(GrayOf(c.in), c.out) << std::hex << c.in;
 }
 
-// Input colour, its grey form, its black form.
-struct Recoloured { uint32_t in, gray, black; };
-const Recoloured kPixels[] = {
-    {0x00000000, 0x00000000, 0x00000000}, {0xFFFF0000, 0xFF575757, 0xFF000000},
-    {0x80FF0000, 0x80575757, 0x80000000}, {0x00FFFFFF, 0x00FFFFFF, 0x00000000},
-    {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF}, {0x00000001, 0x00000000, 0x00000000},
-    {0x7F123456, 0x7F2D2D2D, 0x7F000000}, {0xFF000013, 0xFF020202, 0xFF000000},
-};
+TEST(SealColour_Convert, RecolourInPlaceKeepingFormat) {
+  // Input colour, its grey form, its black form as a pixel.
+  const struct { uint32_t in, gray, black; } cases[] = {
+      {0x00000000, 0x00000000, 0x00000000}, {0xFFFF0000, 0xFF575757, 0xFF000000},
+      {0x80FF0000, 0x80575757, 0x80000000}, {0x00FFFFFF, 0x00FFFFFF, 0x00000000},
+      {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF}, {0x00000001, 0x00000000, 0x00000000},
+      {0x7F123456, 0x7F2D2D2D, 0x7F000000}, {0xFF000013, 0xFF020202, 0xFF000000},
+  };
+  const int n = static_cast<int>(std::size(cases));
+  for (DibFormat format : {host::kDibArgb32, host::kDibIndexed8}) {
+    const bool indexed = format == host::kDibIndexed8;
+    for (bool black : {false, true}) {
+      auto dib = Dib::Create(n, 1, format);
+      for (int i = 0; i < n; ++i) {
+        if (indexed) {
+          dib->SetPaletteEntry(i, cases[i].in);
+          dib->GetScanline(0)[i] = static_cast<uint8_t>(i);
+        } else {
+          dib->SetPixel({i, 0}, cases[i].in);
+        }
+      }
+      const Dib* before = dib.get();
+      black ? ConvertToBlack(dib) : ConvertToGray(dib);
+      ASSERT_EQ(dib.get(), before);
+      EXPECT_EQ(dib->GetFormat(), format);
+      for (int i = 0; i < n; ++i) {
+        // Only the palette changes; unlike a pixel, an opaque white entry blackens.
+        if (indexed) {
+          EXPECT_EQ(dib->GetScanline(0)[i], i);
+        }
+        const uint32_t want = !black ? cases[i].gray : indexed ? cases[i].in & 0xFF000000u : cases[i].black;
+        EXPECT_EQ(dib->GetPixel({i, 0}), want) << i << (black ? " black " : " grey ") << format;
+      }
+    }
+  }
+}
 
-TEST(SealColour_Argb32, PixelsRecolouredInPlace) {
-  const int n = static_cast<int>(std::size(kPixels));
-  for (bool black : {false, true}) {
-    auto owned = Dib::Create(n, 2, host::kDibArgb32);
-    for (int i = 0; i < n; ++i) owned->SetPixel({i, 1}, kPixels[i].in);
-    Dib* dib = owned.release();
+TEST(SealColour_Convert, Rgb24ReplacedByArgb32Copy) {
+  // Red, black, white; 24-bit pixels read as opaque, so black is recoloured.
+  const uint32_t in[] = {0xFFFF0000, 0xFF000000, 0xFFFFFFFF};
+  const uint32_t gray[] = {0xFF575757, 0xFF000000, 0xFFFFFFFF};
+  const uint32_t black[] = {0xFF000000, 0xFF000000, 0xFFFFFFFF};
+  for (bool toBlack : {false, true}) {
+    Dib* dib = Dib::Create(3, 1, host::kDibRgb24).release();
+    for (int i = 0; i < 3; ++i) dib->SetPixel({i, 0}, in[i]);
     const Dib* before = dib;
-    black ? ConvertToBlack(dib) : ConvertToGray(dib);
-    owned.reset(dib);
-    ASSERT_EQ(dib, before);
-    for (int i = 0; i < n; ++i) {
-      EXPECT_EQ(dib->GetPixel({i, 0}), 0u);
-      EXPECT_EQ(dib->GetPixel({i, 1}), black ? kPixels[i].black : kPixels[i].gray) << i;
-    }
-  }
-}
-
-TEST(SealColour_Paletted, OnlyPaletteChanges) {
-  const int n = static_cast<int>(std::size(kPixels));
-  for (bool black : {false, true}) {
-    auto dib = Dib::Create(n, 1, host::kDibIndexed8);
-    for (int i = 0; i < n; ++i) {
-      dib->SetPaletteEntry(i, kPixels[i].in);
-      dib->GetScanline(0)[i] = static_cast<uint8_t>(n - 1 - i);
-    }
-    const Dib* before = dib.get();
-    black ? ConvertToBlack(dib) : ConvertToGray(dib);
-    ASSERT_EQ(dib.get(), before);
-    EXPECT_EQ(dib->GetFormat(), host::kDibIndexed8);
-    for (int i = 0; i < n; ++i) {
-      // An opaque white entry blackens, unlike an opaque white pixel.
-      const uint32_t want = black ? kPixels[i].in & 0xFF000000u : kPixels[i].gray;
-      EXPECT_EQ(dib->GetPaletteEntry(i), want) << i;
-      EXPECT_EQ(dib->GetScanline(0)[i], n - 1 - i);
-    }
-    EXPECT_EQ(dib->GetPaletteEntry(n), 0u);
-  }
-}
-
-TEST(SealColour_Rgb24, ReplacedByArgb32Copy) {
-  // 24-bit pixels read as opaque, so black is non-zero and is recoloured.
-  const Recoloured cases[] = {{0xFFFF0000, 0xFF575757, 0xFF000000},
-                              {0xFF000000, 0xFF000000, 0xFF000000},
-                              {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF}};
-  for (bool black : {false, true}) {
-    auto dib = Dib::Create(3, 1, host::kDibRgb24);
-    for (int i = 0; i < 3; ++i) dib->SetPixel({i, 0}, cases[i].in);
-    const Dib* before = dib.get();
-    black ? ConvertToBlack(dib) : ConvertToGray(dib);
-    ASSERT_NE(dib.get(), before);
+    toBlack ? ConvertToBlack(dib) : ConvertToGray(dib);
+    std::unique_ptr<Dib> owned(dib);
+    ASSERT_NE(dib, before);
     EXPECT_EQ(dib->GetFormat(), host::kDibArgb32);
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(dib->GetPixel({i, 0}), black ? cases[i].black : cases[i].gray) << i;
-    }
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(dib->GetPixel({i, 0}), toBlack ? black[i] : gray[i]) << i;
   }
-}
-
-TEST(SealColour_Null, StaysNull) {
-  Dib* dib = nullptr;
-  ConvertToGray(dib);
-  ConvertToBlack(dib);
-  EXPECT_EQ(dib, nullptr);
+  Dib* none = nullptr;
+  ConvertToGray(none);
+  ConvertToBlack(none);
+  EXPECT_EQ(none, nullptr);
 }
 
 }  // namespace

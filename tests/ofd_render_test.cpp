@@ -154,7 +154,8 @@ std::vector<GoldenCase> GoldenCases() {
       "Font=\"4\" Size=\"5\">" + Solid("220 0 0") +
       "<ofd:TextCode X=\"0\" Y=\"5\">印</ofd:TextCode></ofd:TextObject>";
 
-  const std::string png = testing_support::MakePng(testing_support::GradientImage(8, 6, true), true);
+  const std::string png = testing_support::MakePng(testing_support::GradientImage(8, 6, true),
+                                                    testing_support::PngKind::kRgba);
   const std::string image =
       "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" +
       Solid("128", "ColorSpace=\"6\"") +
@@ -371,40 +372,32 @@ std::unique_ptr<Dib> RenderSeal(SealRequest* request, const Matrix& matrix = Mat
   return std::unique_ptr<Dib>(device->TakeBitmap());
 }
 
-TEST(OfdRender_Seal, OpaquePictureIsMultipliedOntoThePage) {
-  SealRequest request;
-  std::unique_ptr<Dib> dib = RenderSeal(&request);
-  ASSERT_NE(dib, nullptr);
-  EXPECT_EQ(request.calls, 1);
-  EXPECT_EQ(request.asked.width, 60);
-  EXPECT_EQ(request.asked.height, 40);
-  EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);    // white on blue: blue
-  EXPECT_EQ(dib->GetPixel(Point(95, 65)), kWhite);   // white on white
-  EXPECT_EQ(dib->GetPixel(Point(60, 80)), kBlack);   // red on blue: no light left
-  EXPECT_EQ(dib->GetPixel(Point(80, 80)), kRed);     // red on white
-  EXPECT_EQ(dib->GetPixel(Point(150, 150)), kWhite);
-}
-
-TEST(OfdRender_Seal, TransparentPictureIsDrawnOver) {
-  SealRequest request;
-  request.opaque = false;
-  std::unique_ptr<Dib> dib = RenderSeal(&request);
-  ASSERT_NE(dib, nullptr);
-  EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);
-  EXPECT_EQ(dib->GetPixel(Point(60, 80)), kRed);
-  EXPECT_EQ(dib->GetPixel(Point(80, 80)), kRed);
-}
-
-TEST(OfdRender_Seal, NothingIsDrawnWithoutAPicture) {
-  SealRequest nullAnswer;
-  nullAnswer.answerNull = true;
-  for (SealRequest* request : {&nullAnswer, static_cast<SealRequest*>(nullptr)}) {
-    std::unique_ptr<Dib> dib = RenderSeal(request);
+// The page under the seal is blue on the left, white on the right; the
+// picture's centre half is red.
+TEST(OfdRender_Seal, OpaquePicturesMultiplyTransparentOnesDrawOver) {
+  enum Answer { kOpaque, kTransparent, kNull, kNoParser };
+  const struct {
+    Answer answer;
+    uint32_t redOnBlue, redOnWhite, whiteOnBlue, whiteOnWhite;
+  } cases[] = {
+      {kOpaque, kBlack, kRed, kBlue, kWhite},  // red on blue: no light left
+      {kTransparent, kRed, kRed, kBlue, kWhite},
+      {kNull, kBlue, kWhite, kBlue, kWhite},
+      {kNoParser, kBlue, kWhite, kBlue, kWhite},
+  };
+  for (const auto& c : cases) {
+    SealRequest request;
+    request.opaque = c.answer == kOpaque;
+    request.answerNull = c.answer == kNull;
+    std::unique_ptr<Dib> dib = RenderSeal(c.answer == kNoParser ? nullptr : &request);
     ASSERT_NE(dib, nullptr);
-    EXPECT_EQ(dib->GetPixel(Point(80, 80)), kWhite);
-    EXPECT_EQ(dib->GetPixel(Point(45, 65)), kBlue);
+    EXPECT_EQ(request.calls, c.answer == kNoParser ? 0 : 1) << c.answer;
+    EXPECT_EQ(dib->GetPixel(Point(60, 80)), c.redOnBlue) << c.answer;
+    EXPECT_EQ(dib->GetPixel(Point(80, 80)), c.redOnWhite) << c.answer;
+    EXPECT_EQ(dib->GetPixel(Point(45, 65)), c.whiteOnBlue) << c.answer;
+    EXPECT_EQ(dib->GetPixel(Point(95, 65)), c.whiteOnWhite) << c.answer;
+    EXPECT_EQ(dib->GetPixel(Point(150, 150)), kWhite) << c.answer;
   }
-  EXPECT_EQ(nullAnswer.calls, 1);
 }
 
 TEST(OfdRender_Seal, AskedSizeFollowsThePicturesOwnAxes) {

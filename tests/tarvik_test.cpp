@@ -340,6 +340,25 @@ INSTANTIATE_TEST_SUITE_P(
                       TextCase{"ClipEllipseOtherKind", GRect(5, 0, 40, 30), 7, true}),
     [](const auto& info) { return std::string(info.param.name); });
 
+TEST_F(TarvikRenderSignature, ARidingSealShowsOnlyTheSliceItsClipNames) {
+  // Boundary 10..50 mm across, one device pixel per millimetre.
+  host::OfdAnnotationSeal riding;
+  riding.Boundary = GRect(10, 20, 50, 60);
+  riding.Clip = GRect(8, 0, 16, 40);
+  riding.BindSealImage(doc_.Media());
+  std::unique_ptr<host::Device> device =
+      host::CreateBitmapDevice(60, 60, host::kDibArgb32, 0xFFFFFFFF);
+  RenderSealParam::ImageParam image;
+  RenderSealParam param;
+  param.image = &image;
+  tarvik_.RenderSignature(doc_.page(), &plugin_, nullptr, &riding, param, device.get(), Matrix());
+  std::unique_ptr<Dib> page(device->TakeBitmap());
+  for (int x : {12, 17, 19, 24, 27, 45}) {
+    const bool inSlice = x >= 18 && x < 26;  // 10 + 8 .. 10 + 16
+    EXPECT_EQ(page->GetPixel({x, 40}) != 0xFFFFFFFF, inSlice) << x;
+  }
+}
+
 TEST_F(TarvikRenderSignature, NothingToDrawLeavesTheDeviceAlone) {
   Render(nullptr, nullptr);
   EXPECT_TRUE(device_.calls().empty());

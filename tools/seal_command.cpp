@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "command.h"
+#include "text_options.h"
 #include "host/base/codec.h"
 #include "host/base/device.h"
 #include "tarvik/tarvik.h"
@@ -25,10 +26,32 @@ bool ReadFile(const std::string& path, std::string& out) {
 int RunSeal(const std::vector<std::string>& args) {
   std::string input, output;
   int dpi = 300, width = 0, height = 0;
+  tarvik::RenderSealParam::ImageParam image;
+  TextOptions stamp;
+  bool adjusted = false;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     const bool hasValue = i + 1 < args.size();
-    if (a == "-o" && hasValue) {
+    const OptionResult textOption = ParseTextOption(args, i, stamp);
+    if (textOption == OptionResult::kTaken) continue;
+    if (textOption == OptionResult::kBad) {
+      std::fprintf(stderr, "tarvik seal: bad value for '%s'\n%s", a.c_str(), kTextOptionsUsage);
+      return 2;
+    }
+    double radius = 0;
+    if (a == "--cross") {
+      image.crossMark = adjusted = true;
+    } else if (a == "--gray" || a == "--grey") {
+      image.colorMode = 1;
+      adjusted = true;
+    } else if (a == "--black") {
+      image.colorMode = 2;
+      adjusted = true;
+    } else if (a == "--blur" && hasValue && ParseNumber(args[i + 1], 0, 1000, radius)) {
+      ++i;
+      image.blur = adjusted = true;
+      image.blurRadius = static_cast<int>(radius);
+    } else if (a == "-o" && hasValue) {
       output = args[++i];
     } else if (a == "--dpi" && hasValue) {
       dpi = std::atoi(args[++i].c_str());
@@ -46,17 +69,30 @@ int RunSeal(const std::vector<std::string>& args) {
     }
   }
   if (input.empty() || output.empty()) {
-    std::fputs("usage: tarvik seal FILE -o OUT.png [--dpi D] [--size WxH]\n", stderr);
+    std::fprintf(stderr,
+                 "usage: tarvik seal FILE -o OUT.png [--dpi D] [--size WxH]\n"
+                 "       tarvik seal FILE -o OUT.png [--cross] [--gray|--black] [--blur R]\n"
+                 "                   [--text STAMP [seal text options]]\n%s",
+                 kTextOptionsUsage);
     return 2;
   }
   std::string bytes;
   if (!ReadFile(input, bytes)) return 1;
 
   tarvik::SetDeviceCreator(host::BitmapDeviceCreator, nullptr);
+  auto* data = reinterpret_cast<unsigned char*>(bytes.data());
+  const auto length = static_cast<unsigned int>(bytes.size());
   bool isOfd = false;
-  std::unique_ptr<host::Dib> dib(
-      tarvik::ParseSealImage(reinterpret_cast<unsigned char*>(bytes.data()),
-                             static_cast<unsigned int>(bytes.size()), width, height, dpi, isOfd));
+  std::unique_ptr<host::Dib> dib;
+  if (adjusted || stamp.haveText) {
+    // The finished picture: adjusted, then stamped (an OFD seal at 300 dpi).
+    tarvik::RenderSealParam param;
+    param.image = &image;
+    param.text = &stamp.param;
+    dib.reset(tarvik::RenderSealImageWithStamp(data, length, param));
+  } else {
+    dib.reset(tarvik::ParseSealImage(data, length, width, height, dpi, isOfd));
+  }
   if (!dib) {
     std::fprintf(stderr, "tarvik seal: %s is not a seal picture that can be decoded\n",
                  input.c_str());
@@ -66,8 +102,9 @@ int RunSeal(const std::vector<std::string>& args) {
     std::fprintf(stderr, "tarvik seal: cannot write %s\n", output.c_str());
     return 1;
   }
-  std::printf("%s: %s seal, %d x %d pixels -> %s\n", input.c_str(), isOfd ? "OFD" : "raster",
-              dib->GetWidth(), dib->GetHeight(), output.c_str());
+  const char* kind = adjusted || stamp.haveText ? "finished" : isOfd ? "OFD" : "raster";
+  std::printf("%s: %s seal, %d x %d pixels -> %s\n", input.c_str(), kind, dib->GetWidth(),
+              dib->GetHeight(), output.c_str());
   return 0;
 }
 

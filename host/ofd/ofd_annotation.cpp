@@ -17,6 +17,20 @@ void OfdAnnotationSeal::BindSealImage(std::unique_ptr<OfdMultiMedia> media) {
   image->ctm = Matrix(w, 0, 0, h, 0, 0);
   image->resourceId = media ? media->id : 0;
   image->media = media.get();
+  if (!Clip.IsRectNull()) {
+    // A seal riding across pages shows, on each page, only the slice its
+    // clip names (relative to the boundary's top-left corner, as the block).
+    auto rect = std::make_unique<OfdPathObject>();
+    rect->boundary = Clip;
+    rect->fill = true;
+    rect->stroke = false;
+    rect->path.AddRect(0, 0, Clip.Width(), Clip.Height());
+    OfdClipArea area;
+    area.shape = std::move(rect);
+    OfdClip clip;
+    clip.areas.push_back(std::move(area));
+    image->clips.push_back(std::move(clip));
+  }
   block->children.push_back(std::move(image));
   delete Appearance;
   Appearance = block.release();

@@ -48,7 +48,8 @@ class HOST_API OfdAnnotationSeal {
   /// null boundary of its own: its objects are relative to Boundary's top-left
   /// corner) holding one image object that fills the boundary (boundary
   /// (0, 0, w, h), CTM (w, 0, 0, h, 0, 0)) bound to `media`, which the
-  /// annotation keeps. Replaces any earlier appearance.
+  /// annotation keeps, and clipped to the current `Clip` when that is not
+  /// null. Replaces any earlier appearance.
   void BindSealImage(std::unique_ptr<OfdMultiMedia> media);
 
   uint32_t id = 0;      // StampAnnot ID

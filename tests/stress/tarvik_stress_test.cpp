@@ -12,16 +12,8 @@
 #include <vector>
 
 #include "host/base/bitmap_device.h"
-#include "host/base/stream_reader.h"
 #include "host/oes/ses_plugin.h"
-#include "host/ofd/ofd_annotation.h"
-#include "host/ofd/ofd_document.h"
-#include "host/ofd/ofd_package.h"
-#include "host/ofd/ofd_page.h"
-#include "host/ofd/ofd_signature.h"
-#include "host/render/ofd_clip_page_area.h"
-#include "host/render/ofd_progressive_render.h"
-#include "host/render/ofd_render_context.h"
+#include "support/signed_page.h"
 #include "tarvik/tarvik.h"
 
 namespace {
@@ -58,53 +50,16 @@ struct Variant {
 constexpr Variant kVariants[] = {{0, 0}, {1, 0}, {0, 1}, {0, 2}, {1, 1}};
 constexpr int kVariantCount = sizeof(kVariants) / sizeof(kVariants[0]);
 
-// An open signed document; pages are loaded per rendering, as a viewer's
-// threads would.
-struct SignedDocument {
-  host::OfdPackage package;
-  host::OfdDocument document;
-  std::unique_ptr<host::OfdSignatures> signatures;
+using testing_support::SignedDocument;
 
-  bool Open(const std::string& path) {
-    host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
-    if (!reader || package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1 ||
-        document.LoadDocument(&package, package.GetDocument(0), -1) != 0) {
-      return false;
-    }
-    signatures = host::OfdSignatures::Load(&document);
-    return signatures && document.CountPages() > 0;
-  }
-};
-
-// Draws the page and its seals the way a viewer does.
 std::unique_ptr<host::Dib> Render(SignedDocument& doc, tarvik::Tarvik& tarvik,
                                   host::OESPlugin& plugin, const Variant& variant) {
-  std::unique_ptr<host::OfdPage> page(doc.document.LoadPage(0, 1));
-  if (!page || !page->ParseContents()) return nullptr;
-  const int w = static_cast<int>(page->GetPageWidth() * kDpi / 25.4);
-  const int h = static_cast<int>(page->GetPageHeight() * kDpi / 25.4);
-  std::unique_ptr<host::Device> device =
-      host::CreateBitmapDevice(w, h, host::kDibArgb32, 0xFFFFFFFF);
-  const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
-  {
-    host::OfdRenderContext context(0);
-    context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
-    host::OfdClipPageArea(device.get(), page.get(), matrix);
-    host::OfdProgressiveRender render(page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
-    render.StartRender(&context, device.get());
-    while (render.Continue()) {
-    }
-  }
-  doc.signatures->AttachSealAnnotations(page.get());
   tarvik::RenderSealParam::ImageParam image;
   image.crossMark = variant.crossMark;
   image.colorMode = variant.colorMode;
   tarvik::RenderSealParam param;
   param.image = &image;
-  for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations()) {
-    tarvik.RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(), matrix);
-  }
-  return std::unique_ptr<host::Dib>(device->TakeBitmap());
+  return testing_support::RenderSignedPage(doc, tarvik, plugin, param, 0, kDpi);
 }
 
 bool SamePixels(const host::Dib& a, const host::Dib& b) {

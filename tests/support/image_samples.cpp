@@ -110,21 +110,11 @@ SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& pal
   return image;
 }
 
-std::string MakePng(const SampleImage& image, bool alpha, int bitDepth, bool interlaced) {
-  PngJob job{image.width, image.height, alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, bitDepth,
-             interlaced, {}, {}, {}, {}};
-  for (uint32_t c : image.argb) {
-    const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
-    for (int i = 0; i < (alpha ? 4 : 3); ++i) {
-      job.bytes.push_back(channels[i]);
-      if (bitDepth == 16) job.bytes.push_back(channels[i]);  // v * 257, big-endian
-    }
-  }
-  return WritePng(std::move(job));
-}
-
-std::string MakePalettePng(const SampleImage& image, const std::vector<uint32_t>& palette) {
-  PngJob job{image.width, image.height, PNG_COLOR_TYPE_PALETTE, 8, false, {}, {}, {}, {}};
+std::string MakePng(const SampleImage& image, PngKind kind, int bitDepth, bool interlaced,
+                    const std::vector<uint32_t>& palette) {
+  static const int kColorTypes[] = {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA, PNG_COLOR_TYPE_GRAY,
+                                    PNG_COLOR_TYPE_PALETTE};
+  PngJob job{image.width, image.height, kColorTypes[static_cast<int>(kind)], bitDepth, interlaced, {}, {}, {}, {}};
   bool translucent = false;
   for (uint32_t c : palette) {
     job.palette.push_back(png_color{R(c), G(c), B(c)});
@@ -132,17 +122,18 @@ std::string MakePalettePng(const SampleImage& image, const std::vector<uint32_t>
     translucent |= A(c) != 255;
   }
   if (!translucent) job.trns.clear();
-  for (int y = 0; y < image.height; ++y) {
-    for (int x = 0; x < image.width; ++x) job.bytes.push_back(static_cast<uint8_t>((x + 3 * y) % palette.size()));
-  }
-  return WritePng(std::move(job));
-}
-
-std::string MakeGreyPng(const SampleImage& image, int bitDepth) {
-  PngJob job{image.width, image.height, PNG_COLOR_TYPE_GRAY, bitDepth, false, {}, {}, {}, {}};
   for (uint32_t c : image.argb) {
-    job.bytes.push_back(G(c));
-    if (bitDepth == 16) job.bytes.push_back(G(c));
+    if (kind == PngKind::kIndexed) {
+      job.bytes.push_back(static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin()));
+      continue;
+    }
+    const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
+    const int first = kind == PngKind::kGrey ? 1 : 0;
+    const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
+    for (int i = first; i < first + count; ++i) {
+      job.bytes.push_back(channels[i]);
+      if (bitDepth == 16) job.bytes.push_back(channels[i]);  // v * 257, big-endian
+    }
   }
   return WritePng(std::move(job));
 }

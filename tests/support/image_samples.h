@@ -22,14 +22,14 @@ SampleImage GradientImage(int width, int height, bool alpha);
 /// Pixels taken from a palette: entry (x + 3y) % size.
 SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& palette);
 
-/// PNG of `image`: colour (with alpha when `alpha`), 8 or 16 bits, optionally
-/// interlaced.
-std::string MakePng(const SampleImage& image, bool alpha, int bitDepth = 8, bool interlaced = false);
-/// Paletted PNG of an image made by PaletteImage; a tRNS chunk is written
-/// when a palette entry is not opaque.
-std::string MakePalettePng(const SampleImage& image, const std::vector<uint32_t>& palette);
-/// Greyscale PNG (the green channel of `image`), 8 or 16 bits.
-std::string MakeGreyPng(const SampleImage& image, int bitDepth);
+/// Colour types of MakePng.
+enum class PngKind { kRgb, kRgba, kGrey, kIndexed };
+/// PNG of `image`, 8 or 16 bits, optionally interlaced: colour, colour with
+/// alpha, the green channel as grey, or indices into `palette` (8 bits, an
+/// image whose pixels are all in `palette`; a tRNS chunk is written when an
+/// entry is not opaque). Empty when writing fails.
+std::string MakePng(const SampleImage& image, PngKind kind, int bitDepth = 8, bool interlaced = false,
+                    const std::vector<uint32_t>& palette = {});
 /// The same PNG with the header's size replaced (checksum fixed up).
 std::string WithPngSize(std::string png, uint32_t width, uint32_t height);
 

@@ -1,0 +1,316 @@
+// Stamp engines: engine choice, settings, failure paths and exact placement on
+// a recording device with a face of fixed metrics; one picture per engine
+// with a real CJK font.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <memory>
+#include <numbers>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "host/base/app_context.h"
+#include "stamp/image_engine.h"
+#include "stamp/image_engine_line.h"
+#include "stamp/image_engine_round.h"
+#include "support/fixed_metrics_face.h"
+#include "support/recording_device.h"
+#include "support/render_compare.h"
+
+namespace tarvik {
+namespace {
+
+using testing_support::DeviceCall;
+using testing_support::RecordingDevice;
+using TextParam = RenderSealParam::TextParam;
+constexpr double kPi = std::numbers::pi;
+
+std::vector<std::pair<int, std::string>> g_reports;
+void Capture(int32_t code, const host::ByteString& message) {
+  g_reports.emplace_back(code, message.str());
+}
+
+// A font whose load always fails.
+class UnloadableFont : public host::Font {
+ public:
+  UnloadableFont() : host::Font(nullptr) { mgr_ = nullptr; }
+};
+
+// 'A' and 'B' are one em wide and high, 'h' half an em wide and 0.999 high;
+// '?' has no glyph.
+double Advance(char32_t c) { return c == U'h' ? 500 : c == U'?' ? 0 : 1000; }
+
+class StampEngine : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    host::AppContext::Get()->GetFontMgr()->RegisterFace("StampFixed", face);
+    param.fontName = U"StampFixed";
+    g_reports.clear();
+  }
+  void TearDown() override { host::AppContext::Get()->GetFontMgr()->UnregisterFace("StampFixed"); }
+
+  std::shared_ptr<testing_support::FixedMetricsFace> face =
+      std::make_shared<testing_support::FixedMetricsFace>(
+          std::map<uint32_t, testing_support::GlyphMetrics>{
+              {U'A', {1, 1000, 1000}}, {U'B', {2, 1000, 1000}}, {U'h', {3, 500, 999}}});
+  TextParam param;
+};
+
+TEST_F(StampEngine, LayoutKindSelectsTheEngine) {
+  param.text = U"ABAB";
+  param.fontSize = 20;
+  param.widthPercent = 50;
+  for (uint32_t kind : {0u, 1u, 2u, 3u, 200u, 0xFFFFFFFFu}) {
+    const bool round = kind == 1 || kind == 2;
+    EXPECT_EQ(dynamic_cast<ImageEngine_Round*>(MakeImageEngine(kind).get()) != nullptr, round);
+    param.layoutKind = kind;
+    RecordingDevice device(200, 200);
+    EXPECT_TRUE(AddStampOnDevice(&device, param));
+    const std::vector<DeviceCall> calls = device.Of(DeviceCall::kDrawText);
+    ASSERT_EQ(calls.size(), round ? 4u : 1u) << kind;
+    EXPECT_EQ(calls[0].codes, round ? U"A" : U"ABAB");
+    EXPECT_EQ(calls[0].fontSize, round ? 20.0f : 25.0f);  // the line sizes itself: 100 px / 4
+    EXPECT_EQ(calls[0].font->GetFaceHandle(), face.get());
+  }
+}
+
+TEST_F(StampEngine, ContextCopiesSettingsAndKeepsAnEngineItHolds) {
+  const struct {
+    uint32_t h, v;
+    const char *hWord, *vWord;
+  } cases[] = {{0, 0, "Left", "Top"}, {1, 1, "Right", "Bottom"}, {2, 2, "Center", "Center"},
+               {3, 7, "", ""}};
+  for (const auto& c : cases) {
+    TextParam p{.widthPercent = 37, .fontSize = 17, .italic = 1, .bold = 2, .verticalAlign = c.v,
+                .horizontalAlign = c.h, .color = 0x12345678, .angle = -12.5f, .text = U"AB",
+                .fontName = host::WideString(), .offsetX = -3, .offsetY = 9};
+    StampContext context;
+    context.reporter = &Capture;
+    ASSERT_TRUE(context.CreateEngine(p));
+    const ImageEngine& e = *context.engine;
+    EXPECT_EQ(e.hAlign.str(), c.hWord);
+    EXPECT_EQ(e.vAlign.str(), c.vWord);
+    EXPECT_TRUE(e.fontName.IsNull());  // absent stays absent, not the default family
+    EXPECT_EQ(std::make_tuple(e.widthPercent, e.fontSize, e.italic, e.bold, e.color, e.angle),
+              std::make_tuple(37u, 17.0f, 1u, 2u, 0x12345678u, -12.5f));
+    EXPECT_EQ(std::make_tuple(e.offsetX, e.offsetY, e.text, e.reporter),
+              std::make_tuple(-3, 9, host::WideString(U"AB"), &Capture));
+    p.fontSize = 99;
+    p.layoutKind = 1;
+    ASSERT_TRUE(context.CreateEngine(p));
+    EXPECT_EQ(context.engine.get(), &e);
+    EXPECT_EQ(e.fontSize, 17.0f);
+  }
+}
+
+TEST_F(StampEngine, FailuresAndTheReporter) {
+  const struct {
+    const char* name;
+    uint32_t kind;
+    host::WideString text;
+    bool unloadable;
+    int drawResult;
+    int status;
+    size_t textCalls;
+    std::vector<std::pair<int, std::string>> reports;
+  } cases[] = {
+      {"line font fails", 0, U"AB", true, 1, -2, 0, {{0, "Font Load Error"}}},
+      {"round font fails", 1, U"AB", true, 1, -2, 0, {{0, "Font Load Error"}}},
+      {"line refused", 0, U"AB", false, 0, 0, 1, {{0, "Draw Line Error"}}},
+      {"round refused", 2, U"ABh", false, 0, 0, 3, {}},
+      {"line empty text", 3, U"", false, 1, 0, 0, {}},
+      {"round absent text", 1, host::WideString(), false, 1, 0, 0, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    g_reports.clear();
+    param.layoutKind = c.kind;
+    param.text = c.text;
+    RecordingDevice device(120, 80, c.drawResult);
+    StampContext context;
+    context.reporter = &Capture;
+    if (c.unloadable) {
+      auto font = std::make_unique<UnloadableFont>();
+      if (c.kind == 0) context.engine = std::make_unique<ImageEngine_Line>(std::move(font));
+      else context.engine = std::make_unique<ImageEngine_Round>(std::move(font));
+      context.engine->text = c.text;
+      context.engine->reporter = &Capture;
+    }
+    EXPECT_EQ(context.AddStamp(&device, param), c.status);
+    EXPECT_EQ(context.engine != nullptr, c.status != 0);  // kept only on failure
+    EXPECT_EQ(device.Of(DeviceCall::kDrawText).size(), c.textCalls);
+    EXPECT_EQ(g_reports, c.reports);
+    if (!c.unloadable) {  // the exported entry installs no reporter
+      g_reports.clear();
+      EXPECT_TRUE(AddStampOnDevice(&device, param));
+      EXPECT_TRUE(g_reports.empty());
+    }
+  }
+  EXPECT_FALSE(AddStampOnDevice(nullptr, param));
+}
+
+TEST_F(StampEngine, LinePlacementSizeAndRotation) {
+  const struct {
+    uint32_t w, h, percent;
+    std::u32string text;
+    uint32_t hAlign, vAlign;
+    int32_t x, y;
+    float angle;
+    float size, e, f;  // expected, from the device's edges
+  } cases[] = {
+      {400, 100, 50, U"ABAB", 2, 2, 0, 0, 0, 50, 100, 75},       // M = 200 centred
+      {400, 100, 50, U"ABAB", 0, 0, 0, 0, 0, 50, 0, 50},         // top at 0
+      {400, 100, 50, U"ABAB", 1, 1, 0, 0, 0, 50, 200, 100},      // ends at the right edge
+      {400, 100, 50, U"hhhh", 1, 0, 0, 0, 0, 50, 200, 49},       // by T; 49.95 high counts 49
+      {400, 100, 50, U"hhhh", 2, 2, 0, 0, 0, 50, 150, 74.5f},    // M = 100 centred
+      {400, 100, 50, U"AB?A", 2, 2, 0, 0, 0, 50, 125, 75},       // '?' counts in n only
+      {400, 100, 50, U"ABAB", 5, 9, 0, 0, 0, 50, 100, 75},       // no keywords: centred
+      {400, 100, 50, U"ABAB", 0, 0, 7, -3, 0, 50, 7, 47},        // offsets move the origin
+      {400, 100, 50, U"ABAB", 1, 1, 7, -3, 0, 50, 207, 97},
+      {401, 100, 50, U"ABAB", 0, 0, 0, 0, 0, 50.125f, 0.5f, 50}, // exact half vs shifted half
+      {333, 100, 37, U"ABAB", 1, 1, 0, 0, 0, 12321 / 100.0f / 4, 166.5f + 42, 100},
+      {333, 100, 37, U"ABAB", 2, 2, 0, 0, 0, 12321 / 100.0f / 4, 166.5f - 61, 65},
+      {400, 100, 0, U"ABAB", 0, 1, 0, 0, 0, 0, 0, 100},          // size 0 still drawn
+      {400, 100, 50, U"ABAB", 0, 0, 0, 0, 90, 50, 0, 50},
+      {400, 100, 50, U"ABAB", 2, 2, 0, 0, -30, 50, 100, 75},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " " << c.hAlign << c.vAlign);
+    param = TextParam{.widthPercent = c.percent, .fontSize = 77, .verticalAlign = c.vAlign,
+                      .horizontalAlign = c.hAlign, .color = 0xFF102030, .angle = c.angle,
+                      .text = c.text, .fontName = U"StampFixed", .offsetX = c.x, .offsetY = c.y};
+    RecordingDevice device(c.w, c.h);
+    EXPECT_TRUE(AddStampOnDevice(&device, param));
+    ASSERT_EQ(device.Names(), std::vector<std::string>{"text"});
+    const DeviceCall& call = device.calls()[0];
+    EXPECT_EQ(call.codes, c.text);
+    EXPECT_EQ(call.count, 4);
+    EXPECT_EQ(call.color, 0xFF102030u);
+    EXPECT_FLOAT_EQ(call.fontSize, c.size);
+    const double r = c.angle * kPi / 180;
+    const host::Matrix& m = call.matrix;
+    EXPECT_NEAR(m.a, std::cos(r), 1e-6);
+    EXPECT_NEAR(m.b, std::sin(r), 1e-6);
+    EXPECT_NEAR(m.c, -std::sin(r), 1e-6);
+    EXPECT_NEAR(m.d, std::cos(r), 1e-6);
+    EXPECT_FLOAT_EQ(m.e, c.e);
+    EXPECT_FLOAT_EQ(m.f, c.f);
+  }
+}
+
+// Where character i should stand: at the clockwise angle start + i*360/n from
+// the left end of the axis, as seen from the centre, on the ellipse with the
+// given semi-axes; its baseline along the tangent, its advance centred.
+host::Matrix ExpectedOnRing(int i, int n, double start, double cx, double cy, double a, double b,
+                            double halfAdvance) {
+  const double th = (start + i * 360.0 / n) * kPi / 180;
+  // Exact zeros on the axes: a very flat ellipse turns its tangent on a residue.
+  const double cs = std::fabs(std::cos(th)) < 1e-12 ? 0 : std::cos(th);
+  const double sn = std::fabs(std::sin(th)) < 1e-12 ? 0 : std::sin(th);
+  const double rho = 1 / std::sqrt(std::pow(cs / a, 2) + std::pow(sn / b, 2));
+  const double px = -rho * cs, py = -rho * sn;  // y down
+  const double r = std::atan2(px / (a * a), -py / (b * b));
+  return host::Matrix(std::cos(r), std::sin(r), -std::sin(r), std::cos(r),
+                      cx + px - halfAdvance * std::cos(r), cy + py - halfAdvance * std::sin(r));
+}
+
+TEST_F(StampEngine, RoundPlacementAroundTheEllipse) {
+  const std::u32string mix = U"ABh?hBA";
+  const struct {
+    uint32_t w, h, size;
+    int32_t insetX, insetY;
+    std::u32string text;
+    uint32_t hAlign, vAlign;
+    double start;
+  } cases[] = {
+      {200, 200, 20, 0, 0, U"AAAA", 1, 2, 0},     {200, 200, 20, 0, 0, U"AAAA", 2, 0, 90},
+      {200, 200, 20, 0, 0, U"AAAA", 0, 2, 180},   {200, 200, 20, 0, 0, U"AAAA", 2, 1, 270},
+      {200, 200, 20, 0, 0, U"AAAA", 1, 0, 0},     {200, 200, 20, 0, 0, U"A", 5, 2, 0},
+      {200, 200, 20, 0, 0, U"h", 2, 1, 270},      {300, 300, 24, 10, 10, std::u32string(25, U'A'), 1, 2, 0},
+      {300, 200, 18, 5, 3, mix, 2, 0, 90},        {201, 151, 12, -4, 6, std::u32string(400, U'h'), 2, 1, 270},
+      {30, 30, 30, 0, 0, U"ABh", 0, 2, 180},      // semi-axes -5: as +5
+      {200, 200, 20, 150, 0, U"AAAA", 1, 2, 0},   // inset beyond half wraps to a huge semi-axis
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " n=" << c.text.size()
+                                    << " start=" << c.start);
+    param = TextParam{.widthPercent = 90, .fontSize = c.size, .layoutKind = 1,
+                      .verticalAlign = c.vAlign, .horizontalAlign = c.hAlign, .color = 0xFFAA0000,
+                      .angle = 45, .text = c.text, .fontName = U"StampFixed",
+                      .offsetX = c.insetX, .offsetY = c.insetY};
+    RecordingDevice device(c.w, c.h);
+    EXPECT_TRUE(AddStampOnDevice(&device, param));
+    const int n = static_cast<int>(c.text.size());
+    ASSERT_EQ(device.Names(), std::vector<std::string>(static_cast<size_t>(n), "text"));
+    const double margin = 2.0 * c.size / 3;
+    const double a = static_cast<uint32_t>(c.w / 2 - static_cast<uint32_t>(c.insetX)) - margin;
+    const double b = static_cast<uint32_t>(c.h / 2 - static_cast<uint32_t>(c.insetY)) - margin;
+    for (int i = 0; i < n; ++i) {
+      const DeviceCall& call = device.calls()[static_cast<size_t>(i)];
+      EXPECT_EQ(call.codes, c.text.substr(static_cast<size_t>(i), 1));
+      EXPECT_EQ(std::make_tuple(call.count, call.color, call.fontSize),
+                std::make_tuple(1, 0xFFAA0000u, static_cast<float>(c.size)));
+      const host::Matrix e = ExpectedOnRing(i, n, c.start, c.w / 2, c.h / 2, a, b,
+                                            Advance(c.text[static_cast<size_t>(i)]) * c.size / 2000);
+      const host::Matrix& m = call.matrix;
+      const std::tuple<float, float, double> checks[] = {
+          {m.a, e.a, 1e-5}, {m.b, e.b, 1e-5}, {m.c, e.c, 1e-5}, {m.d, e.d, 1e-5},
+          {m.e, e.e, 2e-3 + 1e-6 * std::fabs(e.e)}, {m.f, e.f, 2e-3 + 1e-6 * std::fabs(e.f)}};
+      for (const auto& [got, want, tol] : checks) EXPECT_NEAR(got, want, tol) << "character " << i;
+    }
+  }
+  // The ring helper itself, against origins worked out on paper.
+  const float origins[4][2] = {{13.3333f, 110}, {90, 13.3333f}, {186.6667f, 90}, {110, 186.6667f}};
+  for (int i = 0; i < 4; ++i) {
+    const host::Matrix e = ExpectedOnRing(i, 4, 0, 100, 100, 86.66667, 86.66667, 10);
+    EXPECT_NEAR(e.e, origins[i][0], 1e-3);
+    EXPECT_NEAR(e.f, origins[i][1], 1e-3);
+  }
+}
+
+TEST_F(StampEngine, RoundWithoutACurveSetsCharactersUprightAtTheCentre) {
+  param = TextParam{.fontSize = 30, .layoutKind = 2, .text = U"Ah", .fontName = U"StampFixed"};
+  RecordingDevice device(40, 40);  // semi-axes 20 - 2 * 30 / 3 = 0
+  EXPECT_TRUE(AddStampOnDevice(&device, param));
+  ASSERT_EQ(device.calls().size(), 2u);
+  EXPECT_EQ(device.calls()[0].matrix, host::Matrix(1, 0, 0, 1, 5, 20));
+  EXPECT_EQ(device.calls()[1].matrix, host::Matrix(1, 0, 0, 1, 12.5f, 20));
+}
+
+// Pictures with the installed CJK font: a straight stamp across a seal-sized
+// bitmap and a ring.
+TEST(StampPicture, LineAndRing) {
+  for (int weight : {400, 700}) {
+    int faceIndex = 0;
+    const std::string file = host::AppContext::Get()->GetFontMgr()->ResolveFile(
+        "WenQuanYi Zen Hei", weight, false, &faceIndex);
+    if (file.find("wqy-zenhei") == std::string::npos)
+      GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  }
+  const struct {
+    const char* name;
+    TextParam param;
+  } cases[] = {
+      {"stamp_line",
+       {.widthPercent = 80, .bold = 1, .layoutKind = 0, .verticalAlign = 2, .horizontalAlign = 2,
+        .color = 0xFF1030C0, .angle = -20, .text = U"仅供测试使用", .fontName = U"WenQuanYi Zen Hei"}},
+      {"stamp_round",
+       {.fontSize = 26, .layoutKind = 1, .verticalAlign = 0, .horizontalAlign = 2,
+        .color = 0xFFD01010, .text = U"中华人民共和国测试专用章", .fontName = U"WenQuanYi Zen Hei",
+        .offsetX = 6, .offsetY = 20}},
+  };
+  for (const auto& c : cases) {
+    std::unique_ptr<Device> device = host::CreateBitmapDevice(240, 240, host::kDibArgb32, 0xFFFFFFFF);
+    ASSERT_NE(device, nullptr);
+    EXPECT_TRUE(AddStampOnDevice(device.get(), c.param));
+    std::unique_ptr<Dib> dib(device->TakeBitmap());
+    ASSERT_NE(dib, nullptr);
+    EXPECT_TRUE(testing_support::CompareWithReference(*dib, c.name, 24));
+  }
+}
+
+}  // namespace
+}  // namespace tarvik
