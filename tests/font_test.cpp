@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/base/app_context.h"
+#include "host/base/bitmap_device.h"
 #include "host/base/font.h"
 #include "host/base/font_mgr.h"
 #include "host/base/ft_face_source.h"
@@ -154,6 +155,22 @@ TEST(FontMetricsTest, FontMetrics_CjkFullWidthLatinNarrower) {
   EXPECT_EQ(empty.GetGlyphIndex(kZhong), 0u);
   EXPECT_EQ(empty.GetGlyphAdvance(1), 0);
   EXPECT_EQ(Mgr().GetGlyphIndex(nullptr, kZhong), 0u);
+}
+
+// The drawing device shares the face and leaves its glyph transform on it
+// after turned text; measuring must not see that transform.
+TEST(FontMetricsTest, FontMetrics_HeightsUnchangedByTurnedTextDrawnBefore) {
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFont(U"黑体", nullptr, 3, 400, 0), 0);
+  const uint32_t zhong = font.GetGlyphIndex(kZhong);
+  const int before = font.GetGlyphHeight(zhong);
+  std::unique_ptr<host::Device> device =
+      host::CreateBitmapDevice(64, 64, host::kDibArgb32, 0xFFFFFFFF);
+  const host::Matrix turned(0.5f, -0.866f, 0.866f, 0.5f, 10, 50);
+  ASSERT_NE(device->DrawText(U"中", 1, &font, &turned, 0xFF000000, 40), 0);
+  EXPECT_EQ(font.GetGlyphHeight(zhong), before);
+  // And the device still turns what it draws after a measurement.
+  ASSERT_NE(device->DrawText(U"中", 1, &font, &turned, 0xFF000000, 40), 0);
 }
 
 TEST(FontMemoryTest, FontMemory_LoadsInstalledFileAndRefusesGarbage) {

@@ -95,7 +95,16 @@ int FtFaceSource::GlyphAdvance(uint32_t glyph) const {
 int FtFaceSource::GlyphHeight(uint32_t glyph) const {
   std::lock_guard<std::recursive_mutex> lock(FtLock());
   if (glyph >= static_cast<uint32_t>(face_->num_glyphs)) return 0;
-  if (FT_Load_Glyph(face_.get(), glyph, FT_LOAD_NO_SCALE | FT_LOAD_NO_BITMAP) != 0) return 0;
+  // The face is shared with the drawing device, which leaves its own glyph
+  // transform (a rotation, for turned text) on it: measure without it, and
+  // put it back for the device.
+  FT_Matrix transform;
+  FT_Vector delta;
+  FT_Get_Transform(face_.get(), &transform, &delta);
+  FT_Set_Transform(face_.get(), nullptr, nullptr);
+  const FT_Error error = FT_Load_Glyph(face_.get(), glyph, FT_LOAD_NO_SCALE | FT_LOAD_NO_BITMAP);
+  FT_Set_Transform(face_.get(), &transform, &delta);
+  if (error != 0) return 0;
   const FT_GlyphSlot slot = face_->glyph;
   long yMax = slot->metrics.horiBearingY;
   if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
