@@ -17,9 +17,7 @@
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
-#include "host/render/ofd_clip_page_area.h"
-#include "host/render/ofd_progressive_render.h"
-#include "host/render/ofd_render_context.h"
+#include "host/render/ofd_page_render.h"
 
 namespace {
 
@@ -54,13 +52,7 @@ void RenderPage(benchmark::State& state, const LoadedPage* p) {
     std::unique_ptr<host::Device> device =
         host::CreateBitmapDevice(p->width, p->height, host::kDibArgb32, 0xFFFFFFFF);
     const host::Matrix matrix = p->page->GetDisplayMatrix(0, 0, p->width, p->height, 0);
-    host::OfdRenderContext context(0);
-    context.AppendPage(p->page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
-    host::OfdClipPageArea(device.get(), p->page.get(), matrix);
-    host::OfdProgressiveRender render(p->page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
-    render.StartRender(&context, device.get());
-    while (render.Continue()) {
-    }
+    host::RenderPageContent(p->page.get(), device.get(), matrix);
     std::unique_ptr<host::Dib> dib(device->TakeBitmap());
     benchmark::DoNotOptimize(dib.get());
   }

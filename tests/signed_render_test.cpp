@@ -28,6 +28,7 @@ class SignedRender : public ::testing::TestWithParam<SignedCase> {
 
 TEST_P(SignedRender, MatchesReference) {
   const SignedCase& c = GetParam();
+  if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
   testing_support::SignedDocument doc;
   ASSERT_TRUE(doc.Open(std::string(TARVIK_SOURCE_DIR) + "/testdata/" + c.file));
   tarvik::Tarvik tarvik(&doc.document);

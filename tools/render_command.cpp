@@ -19,9 +19,7 @@
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
 #include "host/ofd/ofd_signature.h"
-#include "host/render/ofd_clip_page_area.h"
-#include "host/render/ofd_progressive_render.h"
-#include "host/render/ofd_render_context.h"
+#include "host/render/ofd_page_render.h"
 #include "tarvik/tarvik.h"
 
 namespace tools {
@@ -100,13 +98,7 @@ bool RenderPage(host::OfdDocument& doc, const SealRun& run, int index, int dpi,
     return false;
   }
   const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
-  host::OfdRenderContext context(0);
-  context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
-  host::OfdClipPageArea(device.get(), page.get(), matrix);
-  host::OfdProgressiveRender render(page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
-  render.StartRender(&context, device.get());
-  while (render.Continue()) {
-  }
+  host::RenderPageContent(page.get(), device.get(), matrix);
   DrawSeals(run, page.get(), device.get(), matrix);
   std::unique_ptr<host::Dib> dib(device->TakeBitmap());
   if (!dib || !host::WritePng(*dib, path.c_str())) {

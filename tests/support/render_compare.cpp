@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "host/base/app_context.h"
 #include "host/base/codec.h"
+#include "host/base/font_mgr.h"
 #include "host/base/stream_reader.h"
 
 namespace testing_support {
@@ -42,6 +44,16 @@ std::unique_ptr<host::Dib> DiffImage(const host::Dib& actual, const host::Dib& e
 }
 
 }  // namespace
+
+bool HasReferenceCjkFont() {
+  for (int weight : {400, 700}) {
+    int faceIndex = 0;
+    const std::string file = host::AppContext::Get()->GetFontMgr()->ResolveFile(
+        "WenQuanYi Zen Hei", weight, false, &faceIndex);
+    if (file.find("wqy-zenhei") == std::string::npos) return false;
+  }
+  return true;
+}
 
 ::testing::AssertionResult CompareWithReference(const host::Dib& actual, const std::string& name,
                                                 int tolerance) {

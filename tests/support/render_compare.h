@@ -20,4 +20,9 @@ namespace testing_support {
 ::testing::AssertionResult CompareWithReference(const host::Dib& actual, const std::string& name,
                                                 int tolerance);
 
+/// True when the font manager resolves "WenQuanYi Zen Hei" (regular and
+/// bold) to the wqy-zenhei file, the face that text reference pictures were
+/// made with; picture tests skip otherwise.
+bool HasReferenceCjkFont();
+
 }  // namespace testing_support

@@ -4,9 +4,7 @@
 #include "host/base/stream_reader.h"
 #include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_page.h"
-#include "host/render/ofd_clip_page_area.h"
-#include "host/render/ofd_progressive_render.h"
-#include "host/render/ofd_render_context.h"
+#include "host/render/ofd_page_render.h"
 
 namespace testing_support {
 
@@ -32,15 +30,7 @@ std::unique_ptr<host::Dib> RenderSignedPage(SignedDocument& doc, tarvik::Tarvik&
       host::CreateBitmapDevice(w, h, host::kDibArgb32, 0xFFFFFFFF);
   if (!device) return nullptr;
   const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
-  {
-    host::OfdRenderContext context(0);
-    context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
-    host::OfdClipPageArea(device.get(), page.get(), matrix);
-    host::OfdProgressiveRender render(page.get(), host::BitmapDeviceCreator, nullptr, 0, 0, 0);
-    render.StartRender(&context, device.get());
-    while (render.Continue()) {
-    }
-  }
+  host::RenderPageContent(page.get(), device.get(), matrix);
   doc.signatures->AttachSealAnnotations(page.get());
   for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations()) {
     tarvik.RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(), matrix);
