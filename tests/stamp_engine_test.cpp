@@ -73,7 +73,7 @@ TEST_F(StampEngine, LayoutKindSelectsTheEngine) {
     ASSERT_EQ(calls.size(), round ? 4u : 1u) << kind;
     EXPECT_EQ(calls[0].codes, round ? U"A" : U"ABAB");
     EXPECT_EQ(calls[0].fontSize, round ? 20.0f : 25.0f);  // the line sizes itself: 100 px / 4
-    EXPECT_EQ(calls[0].font->GetFaceHandle(), face.get());
+    EXPECT_EQ(calls[0].face, face.get());
   }
 }
 

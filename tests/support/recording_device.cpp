@@ -73,6 +73,7 @@ int RecordingDevice::OnDrawText(const char32_t* codes, int count, host::Font& fo
   c.codes.assign(codes, static_cast<size_t>(count));
   c.count = count;
   c.font = &font;
+  c.face = font.GetFaceHandle();
   c.matrix = matrix;
   c.color = color;
   c.fontSize = fontSize;
@@ -125,6 +126,7 @@ int RecordingDevice::OnDrawGlyphs(const host::GlyphPosition*, int count, host::F
   DeviceCall& c = Add(DeviceCall::kDrawGlyphs);
   c.count = count;
   c.font = &font;
+  c.face = font.GetFaceHandle();
   c.matrix = matrix;
   c.color = color;
   return drawResult_;

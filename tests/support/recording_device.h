@@ -36,7 +36,8 @@ struct DeviceCall {
   int y = 0;
   std::u32string codes;        // kDrawText: the characters passed
   int count = 0;               // kDrawText, kDrawGlyphs
-  host::Font* font = nullptr;  // kDrawText, kDrawGlyphs
+  host::Font* font = nullptr;  // kDrawText, kDrawGlyphs (borrowed; may dangle later)
+  const void* face = nullptr;  // kDrawText, kDrawGlyphs: the font's face at the call
   host::Matrix matrix;         // every kind that takes a matrix
   uint32_t color = 0;          // kDrawText, kFillPath, kStrokePath, kDrawGlyphs
   float fontSize = 0;          // kDrawText
