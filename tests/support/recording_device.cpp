@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "host/base/font.h"
+
 namespace testing_support {
 
 const char* DeviceCallName(DeviceCall::Kind kind) {
