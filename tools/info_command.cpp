@@ -85,16 +85,8 @@ int RunInfo(const std::vector<std::string>& args) {
     return 2;
   }
   const std::string& path = args[0];
-  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
-  if (!reader) {
-    std::fprintf(stderr, "tarvik info: cannot open %s\n", path.c_str());
-    return 1;
-  }
   host::OfdPackage package;
-  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1) {
-    std::fprintf(stderr, "tarvik info: %s is not an OFD package\n", path.c_str());
-    return 1;
-  }
+  if (!OpenPackage(path, "info", package)) return 1;
   for (int d = 0; d < package.CountDocuments(); ++d) {
     host::OfdDocument doc;
     if (doc.LoadDocument(&package, package.GetDocument(d), -1) != 0) {

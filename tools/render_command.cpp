@@ -11,7 +11,6 @@
 #include "text_options.h"
 #include "host/base/codec.h"
 #include "host/base/device.h"
-#include "host/base/stream_reader.h"
 #include "host/base/bitmap_device.h"
 #include "host/oes/ses_plugin.h"
 #include "host/ofd/ofd_annotation.h"
@@ -162,14 +161,9 @@ int RunRender(const std::vector<std::string>& args) {
   }
 
   host::OfdPackage package;
-  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(input.c_str());
-  if (!reader) {
-    std::fprintf(stderr, "tarvik: cannot open %s\n", input.c_str());
-    return 1;
-  }
+  if (!OpenPackage(input, "render", package)) return 1;
   host::OfdDocument doc;
-  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1 ||
-      doc.LoadDocument(&package, package.GetDocument(0), -1) != 0) {
+  if (doc.LoadDocument(&package, package.GetDocument(0), -1) != 0) {
     std::fprintf(stderr, "tarvik render: %s is not a readable OFD document\n", input.c_str());
     return 1;
   }

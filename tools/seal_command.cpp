@@ -9,6 +9,8 @@
 #include "text_options.h"
 #include "host/base/codec.h"
 #include "host/base/device.h"
+#include "host/base/stream_reader.h"
+#include "host/ofd/ofd_package.h"
 #include "tarvik/tarvik.h"
 
 namespace tools {
@@ -20,6 +22,19 @@ bool ReadFile(const std::string& path, std::string& out) {
     return false;
   }
   out.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  return true;
+}
+
+bool OpenPackage(const std::string& path, const char* command, host::OfdPackage& package) {
+  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
+  if (!reader) {
+    std::fprintf(stderr, "tarvik %s: cannot open %s\n", command, path.c_str());
+    return false;
+  }
+  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1) {
+    std::fprintf(stderr, "tarvik %s: %s is not an OFD package\n", command, path.c_str());
+    return false;
+  }
   return true;
 }
 

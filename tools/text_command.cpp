@@ -9,7 +9,6 @@
 
 #include "command.h"
 #include "text_options.h"
-#include "host/base/stream_reader.h"
 #include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_package.h"
@@ -92,16 +91,8 @@ int RunText(const std::vector<std::string>& args) {
   }
   const tarvik::RenderSealParam::TextParam& param = options.param;
 
-  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
-  if (!reader) {
-    std::fprintf(stderr, "tarvik text: cannot open %s\n", path.c_str());
-    return 1;
-  }
   host::OfdPackage package;
-  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1) {
-    std::fprintf(stderr, "tarvik text: %s is not an OFD package\n", path.c_str());
-    return 1;
-  }
+  if (!OpenPackage(path, "text", package)) return 1;
   std::string out = "[";
   bool first = true;
   for (int d = 0; d < package.CountDocuments(); ++d) {
