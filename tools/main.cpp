@@ -17,6 +17,8 @@ void Usage(std::FILE* out) {
       "commands:\n"
       "  seal FILE -o OUT.png [--dpi D] [--size WxH]\n"
       "      decode a seal picture (raster or OFD package) and write it as PNG\n"
+      "  seal FILE -o OUT.png [--cross] [--gray|--black] [--blur R] [--text STAMP ...]\n"
+      "      the finished seal picture: adjusted, with stamp text over it\n"
       "  render FILE.ofd [--page N] [--dpi D] [--no-seals] [--cross] [--gray|--black]\n"
       "       [--render-mode N] [seal text options] -o OUT.png\n"
       "      draw a document's pages with their signatures' seals (default: all\n"
