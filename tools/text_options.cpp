@@ -11,7 +11,7 @@ const char* const kTextOptionsUsage =
     "  seal text: --text TEXT [--layout straight|ellipse] [--halign left|right|center]\n"
     "      [--valign top|bottom|center] [--outside] [--angle DEG] [--font NAME]\n"
     "      [--size PT] [--bold] [--italic] [--color RRGGBB|AARRGGBB]\n"
-    "      [--offset-x MM] [--offset-y MM]\n";
+    "      [--offset-x MM] [--offset-y MM] [--width-percent P (stamps)]\n";
 
 namespace {
 
@@ -74,7 +74,7 @@ OptionResult ParseTextOption(const std::vector<std::string>& args, size_t& i, Te
   }
   static const char* const kValued[] = {"--text",  "--font",  "--layout",   "--halign", "--valign",
                                         "--angle", "--size",  "--offset-x", "--offset-y",
-                                        "--color"};
+                                        "--color", "--width-percent"};
   bool valued = false;
   for (const char* name : kValued) valued = valued || a == name;
   if (!valued) return OptionResult::kNotMine;
@@ -101,6 +101,8 @@ OptionResult ParseTextOption(const std::vector<std::string>& args, size_t& i, Te
     p.offsetX = static_cast<int32_t>(number);
   } else if (a == "--offset-y" && WholeNumber(value, -1e9, 1e9, number)) {
     p.offsetY = static_cast<int32_t>(number);
+  } else if (a == "--width-percent" && WholeNumber(value, 0, 100000, number)) {
+    p.widthPercent = static_cast<uint32_t>(number);
   } else if (a == "--color" && ParseColor(value, p.color)) {
   } else {
     return OptionResult::kBad;

@@ -23,7 +23,7 @@ enum class OptionResult { kNotMine, kTaken, kBad };
 
 /// Reads the option at args[i] (and its value, advancing i) when it is one of
 /// --text --layout --halign --valign --outside --angle --font --size --bold
-/// --italic --color --offset-x --offset-y.
+/// --italic --color --offset-x --offset-y --width-percent.
 OptionResult ParseTextOption(const std::vector<std::string>& args, size_t& i, TextOptions& out);
 
 /// A whole argument as a finite number within [lo, hi].
