@@ -16,6 +16,7 @@
 #include "host/ofd/path_data.h"
 #include "host/ofd/text_code.h"
 #include "host/ofd/zip_archive.h"
+#include "support/opened_document.h"
 #include "support/zip_builder.h"
 
 namespace host {
@@ -25,29 +26,9 @@ using testing_support::BuildOfdPackage;
 using testing_support::OfdDocumentXml;
 using testing_support::OfdPageXml;
 using testing_support::OfdResXml;
-
-// A package and its first document, destroyed document first.
-struct Opened {
-  std::unique_ptr<OfdPackage> package = std::make_unique<OfdPackage>();
-  std::unique_ptr<OfdDocument> doc;
-  int loadResult = -1;
-};
-
-Opened Open(const std::string& bytes) {
-  Opened o;
-  o.loadResult = o.package->LoadFromStream(StreamReader::CreateMemoryStreamReader(bytes), 1);
-  if (o.loadResult != 0 || o.package->CountDocuments() < 1) return o;
-  o.doc = std::make_unique<OfdDocument>();
-  o.loadResult = o.doc->LoadDocument(o.package.get(), o.package->GetDocument(0), -1);
-  if (o.loadResult != 0) o.doc.reset();
-  return o;
-}
-
-std::unique_ptr<OfdPage> Parsed(OfdDocument& doc, int index) {
-  std::unique_ptr<OfdPage> page(doc.LoadPage(index, 1));
-  if (page && !page->ParseContents()) page.reset();
-  return page;
-}
+using testing_support::Open;
+using testing_support::Opened;
+using testing_support::ParsedPage;
 
 template <typename T>
 const T* ChildAs(const OfdPageBlock& block, size_t i) {
@@ -303,7 +284,7 @@ TEST(OfdDocument_Load, PagesTemplatesAndFailures) {
 TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
   Opened o = Open(SamplePackage());
   ASSERT_NE(o.doc, nullptr);
-  auto page = Parsed(*o.doc, 0);
+  auto page = ParsedPage(*o.doc, 0);
   ASSERT_NE(page, nullptr);
   EXPECT_EQ(page->GetPageId(), 1u);
   EXPECT_FLOAT_EQ(page->GetPageWidth(), 40);
@@ -384,7 +365,7 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
   EXPECT_EQ(page->ParseContents(), 1);  // parsing again changes nothing
   EXPECT_EQ(page->CountObjects(), 12u);
 
-  auto second = Parsed(*o.doc, 1);
+  auto second = ParsedPage(*o.doc, 1);
   ASSERT_NE(second, nullptr);
   EXPECT_FLOAT_EQ(second->GetPageWidth(), 210);  // the document's PageArea
   const auto* blank = ChildAs<OfdTextObject>(*ChildAs<OfdPageBlock>(*second->GetContent(), 0), 0);
@@ -428,7 +409,7 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
   }));
   ASSERT_NE(o.doc, nullptr);
   EXPECT_EQ(o.doc->CountPages(), 5);
-  auto page = Parsed(*o.doc, 0);
+  auto page = ParsedPage(*o.doc, 0);
   ASSERT_NE(page, nullptr);
   // Templates 2 and 3 name each other: each is drawn once, then the loop stops.
   ASSERT_EQ(page->GetTemplates().size(), 2u);
@@ -442,7 +423,7 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
   EXPECT_EQ(ChildAs<OfdTextObject>(*layer, 1)->font, nullptr);
   for (int i = 1; i < 4; ++i) EXPECT_EQ(o.doc->LoadPage(i, 1), nullptr) << i;
 
-  auto deepPage = Parsed(*o.doc, 4);
+  auto deepPage = ParsedPage(*o.doc, 4);
   ASSERT_NE(deepPage, nullptr);
   int depth = 0;
   for (const OfdPageBlock* b = deepPage->GetContent(); b && !b->children.empty();
@@ -456,7 +437,7 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
 
   Opened shallow = Open(BuildOfdPackage({{"Doc_0/Document.xml", OfdDocumentXml({{1, "P.xml"}})},
                                          {"Doc_0/P.xml", OfdPageXml(hugeRepeat)}}));
-  auto textPage = Parsed(*shallow.doc, 0);
+  auto textPage = ParsedPage(*shallow.doc, 0);
   ASSERT_NE(textPage, nullptr);
   const auto* text = ChildAs<OfdTextObject>(*ChildAs<OfdPageBlock>(*textPage->GetContent(), 0), 0);
   ASSERT_NE(text, nullptr);
@@ -639,7 +620,7 @@ TEST(OfdDocument_Fixtures, EveryPageParsesIntoObjects) {
       ASSERT_EQ(doc.LoadDocument(&package, package.GetDocument(d), -1), 0) << name;
       ASSERT_GE(doc.CountPages(), 1) << name;
       for (int i = 0; i < doc.CountPages(); ++i) {
-        auto page = Parsed(doc, i);
+        auto page = ParsedPage(doc, i);
         ASSERT_NE(page, nullptr) << name << " page " << i;
         EXPECT_GT(page->CountObjects(), 0u) << name << " page " << i;
         EXPECT_GT(page->GetPageWidth(), 0) << name;
@@ -665,7 +646,7 @@ TEST(OfdDocument_Fixtures, KnownDetails) {
   {
     // The template is named "TPLS/..." but stored as "Tpls/...".
     Opened o = open("ofdrw__fapiao_shili.ofd");
-    auto page = Parsed(*o.doc, 0);
+    auto page = ParsedPage(*o.doc, 0);
     ASSERT_NE(page, nullptr);
     EXPECT_FLOAT_EQ(page->GetPageWidth(), 210);
     EXPECT_FLOAT_EQ(page->GetPageHeight(), 140);
@@ -686,7 +667,7 @@ TEST(OfdDocument_Fixtures, KnownDetails) {
       ASSERT_NE(o.doc->FindMultiMedia(id), nullptr) << id;
       EXPECT_TRUE(o.doc->FindMultiMedia(id)->LoadData(bytes)) << id;
     }
-    auto page = Parsed(*o.doc, 0);
+    auto page = ParsedPage(*o.doc, 0);
     const auto* text = ChildAs<OfdTextObject>(*ChildAs<OfdPageBlock>(*page->GetContent(), 0), 0);
     ASSERT_EQ(text->GetType(), OfdPageObject::Type::kText);
     EXPECT_EQ(text->textCodes[0].glyphs, (std::vector<int32_t>{1, 2, 3}));
@@ -694,7 +675,7 @@ TEST(OfdDocument_Fixtures, KnownDetails) {
   {
     // The seal is a watermark annotation with a PNG image.
     Opened o = open("ofdrw__20240531141733.ofd");
-    auto page = Parsed(*o.doc, 0);
+    auto page = ParsedPage(*o.doc, 0);
     ASSERT_FALSE(page->GetAnnotations().empty());
     const OfdAnnotation& watermark = *page->GetAnnotations()[0];
     EXPECT_EQ(watermark.type, "Watermark");
@@ -707,7 +688,7 @@ TEST(OfdDocument_Fixtures, KnownDetails) {
   {
     // A composite object inside an annotation, from DocumentRes.
     Opened o = open("ofdrw__csfapiao1.ofd");
-    auto page = Parsed(*o.doc, 0);
+    auto page = ParsedPage(*o.doc, 0);
     ASSERT_EQ(page->GetAnnotations().size(), 1u);
     const auto* composite = ChildAs<OfdCompositeObject>(*page->GetAnnotations()[0]->appearance, 0);
     ASSERT_NE(composite->unit, nullptr);

@@ -20,6 +20,7 @@
 #include "host/render/ofd_progressive_render.h"
 #include "host/render/ofd_render_context.h"
 #include "support/image_samples.h"
+#include "support/opened_document.h"
 #include "support/render_compare.h"
 #include "support/zip_builder.h"
 
@@ -38,25 +39,9 @@ constexpr uint32_t kRed = 0xFFFF0000;
 constexpr uint32_t kBlue = 0xFF0000FF;
 constexpr uint32_t kBlack = 0xFF000000;
 
-// A package and its first document, destroyed document first.
-struct Opened {
-  std::unique_ptr<OfdPackage> package = std::make_unique<OfdPackage>();
-  std::unique_ptr<OfdDocument> doc;
-};
-
-Opened Open(StreamReader* reader) {
-  Opened o;
-  if (o.package->LoadFromStream(reader, 1) != 0 || o.package->CountDocuments() < 1) return o;
-  o.doc = std::make_unique<OfdDocument>();
-  if (o.doc->LoadDocument(o.package.get(), o.package->GetDocument(0), -1) != 0) o.doc.reset();
-  return o;
-}
-
-std::unique_ptr<OfdPage> ParsedPage(OfdDocument& doc, int index) {
-  std::unique_ptr<OfdPage> page(doc.LoadPage(index, 1));
-  if (page && !page->ParseContents()) page.reset();
-  return page;
-}
+using testing_support::Open;
+using testing_support::Opened;
+using testing_support::ParsedPage;
 
 // A document with one 40 x 40 mm page holding `body` in one layer.
 std::string OnePage(const std::string& body, const std::string& pageHead = "",

@@ -18,6 +18,7 @@
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
 #include "host/ofd/ofd_signature.h"
+#include "support/opened_document.h"
 #include "support/zip_builder.h"
 
 namespace host {
@@ -31,27 +32,9 @@ using testing_support::ZipEntries;
 
 constexpr char kNs[] = " xmlns:ofd=\"http://www.ofdspec.org/2016\"";
 
-// A package and its first document, destroyed document first.
-struct Opened {
-  std::unique_ptr<OfdPackage> package = std::make_unique<OfdPackage>();
-  std::unique_ptr<OfdDocument> doc;
-};
-
-Opened Open(std::string bytes) {
-  Opened o;
-  if (o.package->LoadFromStream(StreamReader::CreateMemoryStreamReader(std::move(bytes)), 1) != 0 ||
-      o.package->CountDocuments() < 1) {
-    return o;
-  }
-  o.doc = std::make_unique<OfdDocument>();
-  if (o.doc->LoadDocument(o.package.get(), o.package->GetDocument(0), -1) != 0) o.doc.reset();
-  return o;
-}
-
-Opened OpenFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Open(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()));
-}
+using testing_support::Open;
+using testing_support::Opened;
+using testing_support::OpenFile;
 
 std::string SignatureXml(const std::string& stamps, const std::string& seal = "Seal.esl",
                          const std::string& value = "SignedValue.dat") {
