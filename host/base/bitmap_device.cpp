@@ -173,6 +173,53 @@ CairoFontFacePtr MakeFontFace(const std::shared_ptr<const FaceSource>& source) {
   return face;
 }
 
+// Shows `count` glyphs of `font`, glyph i given by next(i) in text space
+// (mapped to the device by `matrix`, each glyph shaped by `fontMatrix`).
+// Glyph 0 draws no box, and origins far off the device are skipped. 0 when
+// nothing could be drawn (no face, a singular or oversized glyph scale).
+template <class Next>
+int ShowGlyphs(cairo_t* cr, const cairo_font_options_t* options, const Font& font,
+               const Matrix& matrix, const cairo_matrix_t& fontMatrix, uint32_t color,
+               BlendMode blend, int count, Next next) {
+  const std::shared_ptr<const FaceSource> source = font.face();
+  cairo_matrix_t ctm;
+  if (!source || !source->FtFace() || !ToCairoMatrix(matrix, &ctm)) return 0;
+  // The glyphs' device scale must stay invertible and within what FreeType sizes.
+  cairo_matrix_t glyphScale;
+  cairo_matrix_multiply(&glyphScale, &fontMatrix, &ctm);
+  const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
+  if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
+
+  std::lock_guard<std::recursive_mutex> lock(FtLock());
+  CairoFontFacePtr face = MakeFontFace(source);
+  if (!face) return 0;
+  cairo_save(cr);
+  cairo_set_matrix(cr, &ctm);
+  cairo_set_font_face(cr, face.get());
+  cairo_set_font_matrix(cr, &fontMatrix);
+  cairo_set_font_options(cr, options);
+  SetColor(cr, color);
+  SetBlend(cr, blend);
+
+  // Glyphs go out in batches so that no count needs an allocation.
+  std::array<cairo_glyph_t, 256> batch;
+  size_t pending = 0;
+  for (int i = 0; i < count; ++i) {
+    const cairo_glyph_t g = next(i);
+    const double dx = ctm.xx * g.x + ctm.xy * g.y + ctm.x0;
+    const double dy = ctm.yx * g.x + ctm.yy * g.y + ctm.y0;
+    if (g.index != 0 && std::fabs(dx) < kMaxCoord && std::fabs(dy) < kMaxCoord) {
+      batch[pending++] = g;
+    }
+    if (pending == batch.size() || (i + 1 == count && pending > 0)) {
+      cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      pending = 0;
+    }
+  }
+  cairo_restore(cr);
+  return IsOk(cr) ? 1 : 0;
+}
+
 }  // namespace
 
 struct BitmapDevice::Canvas {
@@ -284,49 +331,18 @@ bool BitmapDevice::OnDrawBitmap(const Dib& dib, int x, int y) {
 
 int BitmapDevice::OnDrawText(const char32_t* codes, int count, Font& font, const Matrix& matrix,
                              uint32_t color, float fontSize) {
-  const std::shared_ptr<const FaceSource> source = font.face();
-  cairo_matrix_t ctm;
-  if (!canvas_ || !source || !source->FtFace() || !std::isfinite(fontSize) || fontSize <= 0 ||
-      !ToCairoMatrix(matrix, &ctm)) {
-    return 0;
-  }
-  // The glyphs' own scale must stay invertible and within what FreeType sizes.
-  cairo_matrix_t glyphScale;
-  cairo_matrix_init_scale(&glyphScale, fontSize, fontSize);
-  cairo_matrix_multiply(&glyphScale, &glyphScale, &ctm);
-  const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
-  if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
-
-  std::lock_guard<std::recursive_mutex> lock(FtLock());
-  CairoFontFacePtr face = MakeFontFace(source);
-  if (!face) return 0;
-  cairo_t* cr = canvas_->cr.get();
-  cairo_save(cr);
-  cairo_set_matrix(cr, &ctm);
-  cairo_set_font_face(cr, face.get());
-  cairo_set_font_size(cr, fontSize);
-  cairo_set_font_options(cr, canvas_->fontOptions.get());
-  SetColor(cr, color);
-
-  // Glyphs go out in batches so that no count needs an allocation.
-  std::array<cairo_glyph_t, 256> glyphs;
-  size_t pending = 0;
+  if (!canvas_ || !std::isfinite(fontSize) || fontSize <= 0) return 0;
+  cairo_matrix_t fontMatrix;
+  cairo_matrix_init_scale(&fontMatrix, fontSize, fontSize);
+  // A run from its origin: each glyph one advance after the previous one.
   double x = 0;
-  for (int i = 0; i < count; ++i) {
-    const uint32_t glyph = font.GetGlyphIndex(codes[i]);
-    // No glyph: no box. Origins far off the device are skipped too.
-    const double dx = ctm.xx * x + ctm.x0, dy = ctm.yx * x + ctm.y0;
-    if (glyph != 0 && std::fabs(dx) < kMaxCoord && std::fabs(dy) < kMaxCoord) {
-      glyphs[pending++] = cairo_glyph_t{glyph, x, 0};
-    }
-    x += font.GetGlyphAdvance(glyph) * static_cast<double>(fontSize) / 1000;
-    if (pending == glyphs.size() || (i + 1 == count && pending > 0)) {
-      cairo_show_glyphs(cr, glyphs.data(), static_cast<int>(pending));
-      pending = 0;
-    }
-  }
-  cairo_restore(cr);
-  return IsOk(cr) ? 1 : 0;
+  return ShowGlyphs(canvas_->cr.get(), canvas_->fontOptions.get(), font, matrix, fontMatrix,
+                    color, BlendMode::kNormal, count, [&](int i) {
+                      const uint32_t glyph = font.GetGlyphIndex(codes[i]);
+                      const cairo_glyph_t g{glyph, x, 0};
+                      x += font.GetGlyphAdvance(glyph) * static_cast<double>(fontSize) / 1000;
+                      return g;
+                    });
 }
 
 bool BitmapDevice::OnFillPath(const Path& path, const Matrix& matrix, uint32_t color, FillRule rule,
@@ -474,48 +490,13 @@ bool BitmapDevice::OnFillPathGradient(const Path& path, const Matrix& matrix,
 int BitmapDevice::OnDrawGlyphs(const GlyphPosition* glyphs, int count, Font& font,
                                const Matrix& matrix, const Matrix& glyphMatrix, uint32_t color,
                                BlendMode blend) {
-  const std::shared_ptr<const FaceSource> source = font.face();
-  cairo_matrix_t ctm, fontMatrix;
-  if (!canvas_ || !source || !source->FtFace() || !ToCairoMatrix(matrix, &ctm) ||
-      !ToCairoMatrix(glyphMatrix, &fontMatrix)) {
-    return 0;
-  }
-  // The glyphs' device scale must stay invertible and within what FreeType sizes.
-  cairo_matrix_t glyphScale;
-  cairo_matrix_multiply(&glyphScale, &fontMatrix, &ctm);
-  const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
-  if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
+  cairo_matrix_t fontMatrix;
+  if (!canvas_ || !ToCairoMatrix(glyphMatrix, &fontMatrix)) return 0;
   fontMatrix.x0 = fontMatrix.y0 = 0;
-
-  std::lock_guard<std::recursive_mutex> lock(FtLock());
-  CairoFontFacePtr face = MakeFontFace(source);
-  if (!face) return 0;
-  cairo_t* cr = canvas_->cr.get();
-  cairo_save(cr);
-  cairo_set_matrix(cr, &ctm);
-  cairo_set_font_face(cr, face.get());
-  cairo_set_font_matrix(cr, &fontMatrix);
-  cairo_set_font_options(cr, canvas_->fontOptions.get());
-  SetColor(cr, color);
-  SetBlend(cr, blend);
-
-  std::array<cairo_glyph_t, 256> batch;
-  size_t pending = 0;
-  for (int i = 0; i < count; ++i) {
-    const GlyphPosition& g = glyphs[i];
-    const double dx = ctm.xx * g.x + ctm.xy * g.y + ctm.x0;
-    const double dy = ctm.yx * g.x + ctm.yy * g.y + ctm.y0;
-    // Glyph 0 draws no box; origins far off the device are skipped.
-    if (g.glyph != 0 && std::fabs(dx) < kMaxCoord && std::fabs(dy) < kMaxCoord) {
-      batch[pending++] = cairo_glyph_t{g.glyph, g.x, g.y};
-    }
-    if (pending == batch.size() || (i + 1 == count && pending > 0)) {
-      cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
-      pending = 0;
-    }
-  }
-  cairo_restore(cr);
-  return IsOk(cr) ? 1 : 0;
+  return ShowGlyphs(canvas_->cr.get(), canvas_->fontOptions.get(), font, matrix, fontMatrix,
+                    color, blend, count, [&](int i) {
+                      return cairo_glyph_t{glyphs[i].glyph, glyphs[i].x, glyphs[i].y};
+                    });
 }
 
 std::unique_ptr<Device> CreateBitmapDevice(int width, int height, DibFormat format,
