@@ -4,9 +4,7 @@
 #include <string>
 
 #include "command.h"
-#include "host/base/binary_buf.h"
-#include "host/oes/ses_plugin.h"
-#include "tarvik/tarvik.h"
+#include "tarvik/viewer.h"
 
 namespace tools {
 
@@ -28,21 +26,13 @@ int RunDigest(const std::vector<std::string>& args) {
   }
   std::string bytes;
   if (!ReadFile(input, bytes)) return 1;
-  if (bytes.size() > std::numeric_limits<unsigned int>::max()) {
-    std::fprintf(stderr, "tarvik digest: %s is too large\n", input.c_str());
+  std::string digest;
+  tarvik::viewer::Error error;
+  if (!tarvik::viewer::Digest(bytes.data(), bytes.size(), algorithm, digest, &error)) {
+    std::fprintf(stderr, "tarvik digest: %s\n", error.message.c_str());
     return 1;
   }
-  host::SesPlugin plugin;
-  host::BinaryBuf digest;
-  const int result = tarvik::CalcDigest(reinterpret_cast<unsigned char*>(bytes.data()),
-                                        static_cast<unsigned int>(bytes.size()), algorithm.c_str(),
-                                        &plugin, nullptr, digest);
-  if (result != 0) {
-    std::fprintf(stderr, "tarvik digest: unknown or failed algorithm '%s' (code %d)\n",
-                 algorithm.c_str(), result);
-    return 1;
-  }
-  for (int i = 0; i < digest.GetSize(); ++i) std::printf("%02x", digest.GetBuffer()[i]);
+  for (unsigned char c : digest) std::printf("%02x", c);
   std::printf("\n");
   return 0;
 }

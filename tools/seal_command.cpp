@@ -1,38 +1,38 @@
-// tarvik seal: decode one seal picture into a PNG.
+// tarvik seal: decode one seal picture, seal file or signed value into a PNG.
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "command.h"
 #include "text_options.h"
 #include "host/base/codec.h"
-#include "host/base/device.h"
-#include "host/base/stream_reader.h"
-#include "host/ofd/ofd_package.h"
-#include "tarvik/tarvik.h"
+#include "tarvik/viewer.h"
 
 namespace tools {
 
 bool ReadFile(const std::string& path, std::string& out) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    std::fprintf(stderr, "tarvik: cannot open %s\n", path.c_str());
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) {
+    std::fprintf(stderr, "tarvik: %s: is a directory\n", path.c_str());
     return false;
   }
-  out.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  return true;
-}
-
-bool OpenPackage(const std::string& path, const char* command, host::OfdPackage& package) {
-  host::StreamReader* reader = host::StreamReader::CreateFileStreamReader(path.c_str());
-  if (!reader) {
-    std::fprintf(stderr, "tarvik %s: cannot open %s\n", command, path.c_str());
+  std::FILE* f = std::fopen(path.c_str(), "rb");
+  if (!f) {
+    std::fprintf(stderr, "tarvik: %s: cannot open (%s)\n", path.c_str(), std::strerror(errno));
     return false;
   }
-  if (package.LoadFromStream(reader, 1) != 0 || package.CountDocuments() < 1) {
-    std::fprintf(stderr, "tarvik %s: %s is not an OFD package\n", command, path.c_str());
+  out.clear();
+  char buffer[65536];
+  size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0) out.append(buffer, n);
+  const bool failed = std::ferror(f) != 0;
+  const int code = errno;
+  std::fclose(f);
+  if (failed) {
+    std::fprintf(stderr, "tarvik: %s: cannot read (%s)\n", path.c_str(), std::strerror(code));
     return false;
   }
   return true;
@@ -94,32 +94,31 @@ int RunSeal(const std::vector<std::string>& args) {
   std::string bytes;
   if (!ReadFile(input, bytes)) return 1;
 
-  tarvik::SetDeviceCreator(host::BitmapDeviceCreator, nullptr);
-  auto* data = reinterpret_cast<unsigned char*>(bytes.data());
-  const auto length = static_cast<unsigned int>(bytes.size());
-  bool isOfd = false;
-  std::unique_ptr<host::Dib> dib;
+  tarvik::viewer::SealDecodeOptions options;
+  options.dpi = dpi;
+  options.width = width;
+  options.height = height;
+  // The finished picture: adjusted, then stamped.
   if (adjusted || stamp.haveText) {
-    // The finished picture: adjusted, then stamped (an OFD seal at 300 dpi).
-    tarvik::RenderSealParam param;
-    param.image = &image;
-    param.text = &stamp.param;
-    dib.reset(tarvik::RenderSealImageWithStamp(data, length, param));
-  } else {
-    dib.reset(tarvik::ParseSealImage(data, length, width, height, dpi, isOfd));
+    options.image = &image;
+    options.stamp = &stamp.param;
   }
+  tarvik::viewer::Error error;
+  tarvik::viewer::SealFileKind kind = tarvik::viewer::SealFileKind::kUnknown;
+  const std::unique_ptr<host::Dib> dib =
+      tarvik::viewer::DecodeSeal(bytes.data(), bytes.size(), options, &error, &kind);
   if (!dib) {
-    std::fprintf(stderr, "tarvik seal: %s is not a seal picture that can be decoded\n",
-                 input.c_str());
+    std::fprintf(stderr, "tarvik seal: %s: %s\n", input.c_str(), error.message.c_str());
     return 1;
   }
   if (!host::WritePng(*dib, output.c_str())) {
     std::fprintf(stderr, "tarvik seal: cannot write %s\n", output.c_str());
     return 1;
   }
-  const char* kind = adjusted || stamp.haveText ? "finished" : isOfd ? "OFD" : "raster";
-  std::printf("%s: %s seal, %d x %d pixels -> %s\n", input.c_str(), kind, dib->GetWidth(),
-              dib->GetHeight(), output.c_str());
+  static const char* const kKinds[] = {"unknown", "raster", "OFD", "seal file", "signed value"};
+  std::printf("%s: %s seal%s, %d x %d pixels -> %s\n", input.c_str(), kKinds[static_cast<int>(kind)],
+              adjusted || stamp.haveText ? ", finished" : "", dib->GetWidth(), dib->GetHeight(),
+              output.c_str());
   return 0;
 }
 

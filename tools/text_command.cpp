@@ -9,11 +9,7 @@
 
 #include "command.h"
 #include "text_options.h"
-#include "host/ofd/ofd_annotation.h"
-#include "host/ofd/ofd_document.h"
-#include "host/ofd/ofd_package.h"
-#include "host/ofd/ofd_signature.h"
-#include "tarvik/tarvik.h"
+#include "tarvik/viewer.h"
 
 namespace tools {
 
@@ -91,36 +87,32 @@ int RunText(const std::vector<std::string>& args) {
   }
   const tarvik::RenderSealParam::TextParam& param = options.param;
 
-  host::OfdPackage package;
-  if (!OpenPackage(path, "text", package)) return 1;
+  tarvik::viewer::Error error;
+  const std::unique_ptr<tarvik::viewer::Document> doc = tarvik::viewer::Document::Open(path, &error);
+  if (!doc) {
+    std::fprintf(stderr, "tarvik text: %s\n", error.message.c_str());
+    return 1;
+  }
   std::string out = "[";
   bool first = true;
-  for (int d = 0; d < package.CountDocuments(); ++d) {
-    host::OfdDocument doc;
-    if (doc.LoadDocument(&package, package.GetDocument(d), -1) != 0) continue;
-    const std::unique_ptr<host::OfdSignatures> signatures = host::OfdSignatures::Load(&doc);
-    if (!signatures) continue;
-    for (const host::OfdSignatureInfo& sig : signatures->GetSignatures()) {
-      out += first ? "\n  " : ",\n  ";
-      first = false;
-      out += "{\"document\": " + std::to_string(d + 1) + ", \"id\": " + Quote(sig.id) +
-             ", \"stamps\": [";
-      for (size_t s = 0; s < sig.stampAnnots.size(); ++s) {
-        const host::OfdStampAnnotInfo& a = sig.stampAnnots[s];
-        host::OfdAnnotationSeal seal;
-        seal.Boundary = a.boundary;
-        seal.Clip = a.clip;
-        seal.pageIndex = a.pageIndex;
-        std::vector<tarvik::TextObject> records;
-        const int result = tarvik::GetSealImageTextRect(&seal, param, records);
-        out += (s ? ",\n    " : "\n    ") + std::string("{\"id\": ") + Quote(a.id) +
-               ", \"page\": " + std::to_string(a.pageIndex + 1) + ", \"boundary\": [" +
-               Num(a.boundary.left) + ", " + Num(a.boundary.top) + ", " + Num(a.boundary.right) +
-               ", " + Num(a.boundary.bottom) + "], \"result\": " + std::to_string(result) +
-               ",\n      \"records\": " + Records(records) + "}";
-      }
-      out += sig.stampAnnots.empty() ? "]}" : "\n  ]}";
+  const auto& signatures = doc->Signatures();
+  for (size_t g = 0; g < signatures.size(); ++g) {
+    const tarvik::viewer::SignatureInfo& sig = signatures[g];
+    if (!sig.usable) continue;
+    out += first ? "\n  " : ",\n  ";
+    first = false;
+    out += "{\"id\": " + Quote(sig.id) + ", \"stamps\": [";
+    for (size_t s = 0; s < sig.stamps.size(); ++s) {
+      const tarvik::viewer::StampInfo& a = sig.stamps[s];
+      std::vector<tarvik::TextObject> records;
+      const int result = doc->LayOutSealText(static_cast<int>(g), static_cast<int>(s), param, records);
+      out += (s ? ",\n    " : "\n    ") + std::string("{\"id\": ") + Quote(a.id) +
+             ", \"page\": " + (a.page >= 0 ? std::to_string(a.page + 1) : std::string("null")) +
+             ", \"boundary\": [" + Num(a.boundary.left) + ", " + Num(a.boundary.top) + ", " +
+             Num(a.boundary.right) + ", " + Num(a.boundary.bottom) + "], \"result\": " +
+             std::to_string(result) + ",\n      \"records\": " + Records(records) + "}";
     }
+    out += sig.stamps.empty() ? "]}" : "\n  ]}";
   }
   out += first ? "]\n" : "\n]\n";
   std::fputs(out.c_str(), stdout);

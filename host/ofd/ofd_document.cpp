@@ -35,16 +35,38 @@ OfdDocument::OfdDocument() : OfdResourceContainer(this, nullptr) {}
 
 OfdDocument::~OfdDocument() = default;
 
-int OfdDocument::LoadDocument(OfdPackage* package, const OfdDocBody* entry, int /*flag*/) {
-  if (!package || !entry || loaded_) return kOfdLoadBadArgument;
+int OfdDocument::LoadDocument(OfdPackage* package, const OfdDocBody* entry, int flag) {
+  if (loaded_) return kOfdLoadBadArgument;
+  loadError_ = OfdLoadError();
+  const int code = Load(package, entry, flag);
+  if (code == kOfdLoadSuccess) {
+    loadError_ = OfdLoadError();
+  } else {
+    loadError_.code = code;
+  }
+  return code;
+}
+
+int OfdDocument::Load(OfdPackage* package, const OfdDocBody* entry, int /*flag*/) {
+  if (!package || !entry) {
+    loadError_.description = "no package or document entry";
+    return kOfdLoadBadArgument;
+  }
   try {
     const std::string path = NormalizeLocation(entry->docRoot.view());
+    loadError_.entry = path.empty() ? std::string(entry->docRoot.view()) : path;
     std::string bytes;
-    if (path.empty() || !package->ReadEntry(path, bytes)) return kOfdLoadMissingFile;
+    if (path.empty() || !package->ReadEntry(path, bytes)) {
+      loadError_.description = path.empty() ? "DocRoot names no file" : "missing or unreadable";
+      return kOfdLoadMissingFile;
+    }
     pugi::xml_document xml;
-    if (!xml.load_buffer(bytes.data(), bytes.size(), pugi::parse_default)) return kOfdLoadBadXml;
+    if (!ofdxml::LoadXml(xml, bytes, loadError_)) return kOfdLoadBadXml;
     const pugi::xml_node root = xml.document_element();
-    if (!NameIs(root, "Document")) return kOfdLoadBadXml;
+    if (!NameIs(root, "Document")) {
+      loadError_.description = "the root element is not Document";
+      return kOfdLoadBadXml;
+    }
 
     package_ = package;
     loaded_ = true;
@@ -94,6 +116,7 @@ int OfdDocument::LoadDocument(OfdPackage* package, const OfdDocBody* entry, int 
   } catch (const std::bad_alloc&) {
     pages_.clear();
     pageIndexById_.clear();
+    loadError_.description = "out of memory";
     return kOfdLoadNoMemory;
   }
   return kOfdLoadSuccess;

@@ -47,6 +47,8 @@ class HOST_API OfdDocument : public OfdResourceContainer {
   /// pass -1). Returns 0 on success (also for a document without pages), else
   /// an OfdLoadResult code; a document loads once.
   int LoadDocument(OfdPackage* package, const OfdDocBody* entry, int flag);
+  /// Why the last LoadDocument failed (code 0 after a success).
+  const OfdLoadError& GetLoadError() const { return loadError_; }
   /// Number of pages listed; 0 before loading.
   int CountPages() const { return static_cast<int>(pages_.size()); }
   /// A new page object for the page at `index`, with its page XML read but
@@ -83,8 +85,10 @@ class HOST_API OfdDocument : public OfdResourceContainer {
   uint32_t GetMaxUnitId() const { return maxUnitId_; }
 
  private:
+  int Load(OfdPackage* package, const OfdDocBody* entry, int flag);
   void LoadAnnotationList();
 
+  OfdLoadError loadError_;
   OfdPackage* package_ = nullptr;
   bool loaded_ = false;
   std::string folder_;

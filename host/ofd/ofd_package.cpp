@@ -42,19 +42,36 @@ int OfdPackage::CheckFileType(StreamReader* reader) {
 
 int OfdPackage::LoadFromStream(StreamReader* reader, int flag) {
   ClosePackage();
-  if (!reader) return kOfdLoadBadArgument;
+  loadError_ = OfdLoadError();
+  const int code = Load(reader, flag);
+  loadError_.code = code;
+  return code;
+}
+
+int OfdPackage::Load(StreamReader* reader, int flag) {
+  if (!reader) {
+    loadError_.description = "no data";
+    return kOfdLoadBadArgument;
+  }
   std::lock_guard<std::mutex> lock(mutex_);
   reader_ = reader;
   ownsReader_ = flag == 1;
   try {
-    archive_ = ZipArchive::Open(reader);
+    archive_ = ZipArchive::Open(reader, &loadError_.description);
     if (!archive_) return kOfdLoadNotZip;
+    loadError_.entry = "OFD.xml";
     std::string xml;
-    if (!archive_->ReadNamed("OFD.xml", xml, true)) return kOfdLoadMissingFile;
+    if (!archive_->ReadNamed("OFD.xml", xml, true)) {
+      loadError_.description = "missing or unreadable";
+      return kOfdLoadMissingFile;
+    }
     pugi::xml_document doc;
-    if (!doc.load_buffer(xml.data(), xml.size(), pugi::parse_default)) return kOfdLoadBadXml;
+    if (!ofdxml::LoadXml(doc, xml, loadError_)) return kOfdLoadBadXml;
     const pugi::xml_node root = doc.document_element();
-    if (!ofdxml::NameIs(root, "OFD")) return kOfdLoadBadXml;
+    if (!ofdxml::NameIs(root, "OFD")) {
+      loadError_.description = "the root element is not OFD";
+      return kOfdLoadBadXml;
+    }
     for (pugi::xml_node body = root.first_child(); body; body = body.next_sibling()) {
       if (!ofdxml::NameIs(body, "DocBody")) continue;
       OfdDocBody entry;
@@ -66,8 +83,10 @@ int OfdPackage::LoadFromStream(StreamReader* reader, int flag) {
     }
   } catch (const std::bad_alloc&) {
     documents_.clear();
+    loadError_.description = "out of memory";
     return kOfdLoadNoMemory;
   }
+  loadError_ = OfdLoadError();
   return kOfdLoadSuccess;
 }
 

@@ -26,6 +26,17 @@ enum OfdLoadResult : int {
   kOfdLoadNoMemory = 5,
 };
 
+/// Why a package or document did not load: the OfdLoadResult code, the
+/// package entry concerned ("OFD.xml", "Doc_0/Document.xml"; empty for the
+/// archive itself), the byte offset in that entry where known (-1 otherwise)
+/// and the reason in words.
+struct HOST_API OfdLoadError {
+  int code = kOfdLoadSuccess;
+  std::string entry;
+  int64_t offset = -1;
+  std::string description;
+};
+
 /// One DocBody of OFD.xml. Locations are absolute package locations with a
 /// leading '/' ("/Doc_0/Document.xml"); empty when the entry has none.
 struct HOST_API OfdDocBody {
@@ -55,6 +66,8 @@ class HOST_API OfdPackage {
   /// releases it when closed or destroyed; otherwise the caller keeps it and
   /// it must outlive the package. A package already open is closed first.
   int LoadFromStream(StreamReader* reader, int flag);
+  /// Why the last LoadFromStream failed (code 0 after a success).
+  const OfdLoadError& GetLoadError() const { return loadError_; }
   /// Number of DocBody entries; 0 before loading and after closing.
   int CountDocuments() const;
   /// The entry of the document at `index` (owned by the package, valid until
@@ -87,10 +100,13 @@ class HOST_API OfdPackage {
   void ClosePackage();
 
  private:
+  int Load(StreamReader* reader, int flag);
+
   std::unique_ptr<ZipArchive> archive_;
   StreamReader* reader_ = nullptr;
   bool ownsReader_ = false;
   std::vector<OfdDocBody> documents_;
+  OfdLoadError loadError_;
   mutable std::mutex mutex_;
 };
 

@@ -125,14 +125,23 @@ class SignatureReader {
   SignatureReader(const OfdDocument& doc, std::string signaturesPath)
       : doc_(doc), package_(*doc.GetPackage()), signaturesPath_(std::move(signaturesPath)) {}
 
-  bool Read(const std::string& path, OfdSignatureInfo& info) {
+  // Reads one Signature.xml; on failure `why` says what is wrong.
+  bool Read(const std::string& path, OfdSignatureInfo& info, std::string& why) {
     std::string bytes;
     pugi::xml_document xml;
-    if (!package_.ReadEntry(path, bytes) || !xml.load_buffer(bytes.data(), bytes.size())) {
+    if (!package_.ReadEntry(path, bytes)) {
+      why = path + " is missing or unreadable";
+      return false;
+    }
+    if (const pugi::xml_parse_result r = xml.load_buffer(bytes.data(), bytes.size()); !r) {
+      why = path + ": malformed XML (" + r.description() + ") at offset " + std::to_string(r.offset);
       return false;
     }
     const pugi::xml_node root = xml.document_element();
-    if (!NameIs(root, "Signature")) return false;
+    if (!NameIs(root, "Signature")) {
+      why = path + ": the root element is not Signature";
+      return false;
+    }
     path_ = path;
     folder_ = FolderOf(path);
     info.location = "/" + path;
@@ -150,12 +159,22 @@ class SignatureReader {
     }
     for (pugi::xml_node n = signedInfo.first_child(); n; n = n.next_sibling()) {
       if (info.stampAnnots.size() >= OfdSignatures::kMaxStampAnnots) break;
+      if (!NameIs(n, "StampAnnot")) continue;
       OfdStampAnnotInfo annot;
-      if (NameIs(n, "StampAnnot") && ReadStampAnnot(n, annot)) info.stampAnnots.push_back(annot);
+      const char* problem = ReadStampAnnot(n, annot);
+      if (!problem) {
+        info.stampAnnots.push_back(annot);
+      } else if (info.skippedStampAnnots.size() < OfdSignatures::kMaxStampAnnots) {
+        info.skippedStampAnnots.push_back("StampAnnot " + std::string(AttrText(n, "ID")) + ": " + problem);
+      }
     }
     info.sealLocation = FileLocation(Text(Child(Child(signedInfo, "Seal"), "BaseLoc")));
     info.signedValueLocation = FileLocation(Text(Child(root, "SignedValue")));
-    return !info.sealLocation.IsEmpty() || !info.signedValueLocation.IsEmpty();
+    if (info.sealLocation.IsEmpty() && info.signedValueLocation.IsEmpty()) {
+      why = path + " names neither a seal file nor a signed value that the package holds";
+      return false;
+    }
+    return true;
   }
 
  private:
@@ -173,15 +192,16 @@ class SignatureReader {
     }
   }
 
-  bool ReadStampAnnot(const pugi::xml_node& n, OfdStampAnnotInfo& annot) const {
+  // Null when the StampAnnot is usable, else what is wrong with it.
+  const char* ReadStampAnnot(const pugi::xml_node& n, OfdStampAnnotInfo& annot) const {
     const char* pageRef = Attr(n, "PageRef");
-    if (!pageRef || !ofdxml::ParseId(pageRef, annot.pageId)) return false;
-    if (!ParseArea(Attr(n, "Boundary"), true, annot.boundary)) return false;
+    if (!pageRef || !ofdxml::ParseId(pageRef, annot.pageId)) return "missing or malformed PageRef";
+    if (!ParseArea(Attr(n, "Boundary"), true, annot.boundary)) return "missing or malformed Boundary";
     const char* clip = Attr(n, "Clip");
-    if (clip && !ParseArea(clip, false, annot.clip)) return false;
+    if (clip && !ParseArea(clip, false, annot.clip)) return "malformed Clip";
     annot.id = AttrText(n, "ID");
     annot.pageIndex = doc_.FindPageIndexById(annot.pageId);
-    return true;
+    return nullptr;
   }
 
   // An absolute location of a file of the package that is neither this
@@ -228,15 +248,26 @@ std::unique_ptr<OfdSignatures> OfdSignatures::Load(const OfdDocument* document) 
     if (!NameIs(n, "Signature")) continue;
     ++listed;
     std::string path;
-    if (!ResolveInside(folder, AttrText(n, "BaseLoc"), path) || path == listPath ||
-        !seen.insert(path).second) {
+    OfdSkippedSignature skipped{AttrText(n, "ID"), AttrText(n, "BaseLoc"), {}};
+    if (!ResolveInside(folder, skipped.location, path) || path == listPath) {
+      skipped.reason = "BaseLoc \"" + skipped.location + "\" names no signature file of the package";
+      result->skipped_.push_back(std::move(skipped));
+      continue;
+    }
+    if (!seen.insert(path).second) {
+      skipped.reason = path + " is listed more than once";
+      result->skipped_.push_back(std::move(skipped));
       continue;
     }
     OfdSignatureInfo info;
-    info.id = AttrText(n, "ID");
+    info.id = skipped.id;
     info.type = AttrText(n, "Type");
     if (info.type.empty()) info.type = "Seal";
-    if (reader.Read(path, info)) result->signatures_.push_back(std::move(info));
+    if (reader.Read(path, info, skipped.reason)) {
+      result->signatures_.push_back(std::move(info));
+    } else {
+      result->skipped_.push_back(std::move(skipped));
+    }
   }
   return result;
 }

@@ -55,14 +55,24 @@ struct HOST_API OfdSignatureInfo {
   ByteString sealLocation;
   /// SignedValue: the signature file; empty when it is not in the package.
   ByteString signedValueLocation;
+  /// StampAnnots left out, each as "StampAnnot <ID>: <reason>".
+  std::vector<std::string> skippedStampAnnots;
+};
+
+/// A signature that Signatures.xml lists but that cannot be used, and why.
+struct HOST_API OfdSkippedSignature {
+  std::string id;        // Signatures.xml ID as written
+  std::string location;  // BaseLoc as written
+  std::string reason;
 };
 
 /// The signatures of a document, read once. Entries whose Signature.xml is
 /// missing, malformed, outside the package, or names neither a seal file nor
 /// a signed value that exists, are left out; so are StampAnnots with a
 /// missing or malformed Boundary (not finite, width or height not positive)
-/// or a malformed Clip. Never prints. Immutable after loading: const methods
-/// may be called from several threads.
+/// or a malformed Clip. GetSkipped and skippedStampAnnots say why. Never
+/// prints. Immutable after loading: const methods may be called from several
+/// threads.
 class HOST_API OfdSignatures {
  public:
   /// Most signatures read from one Signatures.xml; later ones are ignored.
@@ -79,6 +89,8 @@ class HOST_API OfdSignatures {
   static std::unique_ptr<OfdSignatures> Load(const OfdDocument* document);
 
   const std::vector<OfdSignatureInfo>& GetSignatures() const { return signatures_; }
+  /// The listed signatures that were left out, in list order, with reasons.
+  const std::vector<OfdSkippedSignature>& GetSkipped() const { return skipped_; }
   int CountSignatures() const { return static_cast<int>(signatures_.size()); }
 
   /// Adds to `page` one OfdAnnotationSeal for each StampAnnot whose PageRef is
@@ -91,6 +103,7 @@ class HOST_API OfdSignatures {
 
  private:
   std::vector<OfdSignatureInfo> signatures_;
+  std::vector<OfdSkippedSignature> skipped_;
 };
 
 /// Reads the signatures of the page's document and attaches the page's seal

@@ -6,12 +6,22 @@
 #include <cmath>
 #include <cstring>
 
+#include "host/ofd/ofd_package.h"
+
 namespace host::ofdxml {
 
 namespace {
 bool IsSeparator(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == ','; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 }  // namespace
+
+bool LoadXml(pugi::xml_document& doc, std::string_view bytes, OfdLoadError& error) {
+  const pugi::xml_parse_result result = doc.load_buffer(bytes.data(), bytes.size(), pugi::parse_default);
+  if (result) return true;
+  error.offset = result.offset;
+  error.description = std::string("malformed XML (") + result.description() + ")";
+  return false;
+}
 
 void SkipSeparators(std::string_view& s) {
   size_t i = 0;

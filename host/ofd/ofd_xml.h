@@ -12,10 +12,19 @@
 #include "host/base/matrix.h"
 
 namespace pugi {
+class xml_document;
 class xml_node;
 }  // namespace pugi
 
+namespace host {
+struct OfdLoadError;
+}  // namespace host
+
 namespace host::ofdxml {
+
+/// Parses `bytes` into `doc`; on failure fills `error.description` and
+/// `error.offset` from the parser and returns false.
+bool LoadXml(pugi::xml_document& doc, std::string_view bytes, OfdLoadError& error);
 
 /// Skips blanks and commas.
 void SkipSeparators(std::string_view& s);

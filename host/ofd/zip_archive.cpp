@@ -12,21 +12,25 @@ void ZipArchive::ZipCloser::operator()(zip_t* z) const { zip_discard(z); }
 
 ZipArchive::~ZipArchive() = default;
 
-std::unique_ptr<ZipArchive> ZipArchive::Open(StreamReader* reader) {
-  if (!reader) return nullptr;
+std::unique_ptr<ZipArchive> ZipArchive::Open(StreamReader* reader, std::string* why) {
+  auto fail = [why](const char* reason) -> std::unique_ptr<ZipArchive> {
+    if (why) *why = reason;
+    return nullptr;
+  };
+  if (!reader) return fail("no data");
   std::unique_ptr<ZipArchive> archive(new (std::nothrow) ZipArchive());
-  if (!archive) return nullptr;
+  if (!archive) return fail("out of memory");
   const uint64_t size = reader->GetSize();
   const uint8_t* bytes = reader->GetBuffer();
   if (!bytes) {
-    if (size > kMaxTotalBytes) return nullptr;
+    if (size > kMaxTotalBytes) return fail("larger than 512 MiB");
     try {
       archive->ownedBytes_.resize(static_cast<size_t>(size));
     } catch (const std::bad_alloc&) {
-      return nullptr;
+      return fail("out of memory");
     }
     if (reader->ReadBlock(archive->ownedBytes_.data(), 0, archive->ownedBytes_.size()) != size)
-      return nullptr;
+      return fail("cannot be read");
     bytes = reinterpret_cast<const uint8_t*>(archive->ownedBytes_.data());
   }
   zip_error_t error;
@@ -34,16 +38,22 @@ std::unique_ptr<ZipArchive> ZipArchive::Open(StreamReader* reader) {
   zip_source_t* source = zip_source_buffer_create(bytes, size, 0, &error);
   if (!source) {
     zip_error_fini(&error);
-    return nullptr;
+    return fail("out of memory");
   }
   zip_t* z = zip_open_from_source(source, ZIP_RDONLY, &error);
-  zip_error_fini(&error);
   if (!z) {
+    if (why) {
+      *why = zip_error_code_zip(&error) == ZIP_ER_NOZIP
+                 ? std::string("not a zip archive")
+                 : std::string("not a readable zip archive (") + zip_error_strerror(&error) + ")";
+    }
+    zip_error_fini(&error);
     zip_source_free(source);
     return nullptr;
   }
+  zip_error_fini(&error);
   archive->zip_.reset(z);
-  if (zip_get_num_entries(z, 0) > kMaxEntries) return nullptr;
+  if (zip_get_num_entries(z, 0) > kMaxEntries) return fail("more than 100000 zip entries");
   return archive;
 }
 

@@ -23,8 +23,9 @@ class ZipArchive {
   static constexpr int64_t kMaxEntries = 100000;
 
   /// Opens the archive in `reader` (which must outlive the archive). Null when
-  /// it is not a readable zip archive.
-  static std::unique_ptr<ZipArchive> Open(StreamReader* reader);
+  /// it is not a readable zip archive; then `why`, when given, receives the
+  /// reason in words.
+  static std::unique_ptr<ZipArchive> Open(StreamReader* reader, std::string* why = nullptr);
   ~ZipArchive();
 
   /// Index of the entry named `name` (a leading '/' is ignored); when

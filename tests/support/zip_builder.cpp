@@ -4,6 +4,46 @@
 
 namespace testing_support {
 
+ZipEntries ReadZip(const std::string& archive) {
+  ZipEntries entries;
+  zip_error_t error;
+  zip_error_init(&error);
+  zip_source_t* src = zip_source_buffer_create(archive.data(), archive.size(), 0, &error);
+  zip_t* z = src ? zip_open_from_source(src, ZIP_RDONLY, &error) : nullptr;
+  zip_error_fini(&error);
+  if (!z) {
+    zip_source_free(src);
+    return entries;
+  }
+  for (zip_int64_t i = 0; i < zip_get_num_entries(z, 0); ++i) {
+    zip_stat_t st;
+    zip_file_t* f = zip_stat_index(z, static_cast<zip_uint64_t>(i), 0, &st) == 0
+                        ? zip_fopen_index(z, static_cast<zip_uint64_t>(i), 0)
+                        : nullptr;
+    if (!f) continue;
+    std::string content(static_cast<size_t>(st.size), '\0');
+    const zip_int64_t n = zip_fread(f, content.data(), st.size);
+    zip_fclose(f);
+    if (n == static_cast<zip_int64_t>(st.size)) entries.emplace_back(st.name, std::move(content));
+  }
+  zip_discard(z);
+  return entries;
+}
+
+ZipEntries WithEntry(ZipEntries entries, const std::string& name, const char* content) {
+  for (auto it = entries.begin(); it != entries.end(); ++it) {
+    if (it->first != name) continue;
+    if (content) {
+      it->second = content;
+    } else {
+      entries.erase(it);
+    }
+    return entries;
+  }
+  if (content) entries.emplace_back(name, content);
+  return entries;
+}
+
 std::string BuildZip(const std::vector<std::pair<std::string, std::string>>& entries) {
   zip_error_t error;
   zip_error_init(&error);

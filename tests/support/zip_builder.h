@@ -22,6 +22,14 @@ using ZipEntries = std::vector<std::pair<std::string, std::string>>;
 std::string BuildOfdPackage(const ZipEntries& files, const std::string& docRoot = "Doc_0/Document.xml",
                             const std::string& signatures = "");
 
+/// The entries of a zip archive, in archive order; empty when it cannot be
+/// read.
+ZipEntries ReadZip(const std::string& archive);
+
+/// `entries` with the entry `name` replaced by `content` (added when absent;
+/// removed when `content` is null).
+ZipEntries WithEntry(ZipEntries entries, const std::string& name, const char* content);
+
 /// A Document.xml: `commonData` and `extra` (e.g. an Annotations element) are
 /// inserted as they are; each page is (ID, BaseLoc). The PageArea is
 /// 0 0 210 297 unless `commonData` brings its own.

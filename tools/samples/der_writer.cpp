@@ -52,7 +52,14 @@ std::string Integer(int64_t value) {
 std::string Ia5String(std::string_view text) { return Tlv(0x16, text); }
 std::string Utf8String(std::string_view text) { return Tlv(0x0C, text); }
 std::string OctetString(std::string_view bytes) { return Tlv(0x04, bytes); }
-std::string BitString(std::string_view bytes) { return Tlv(0x03, std::string(1, '\0') + std::string(bytes)); }
+std::string BitString(std::string_view bytes) {
+  // No unused bits: a leading zero byte, then the bits.
+  std::string content;
+  content.reserve(bytes.size() + 1);
+  content.push_back('\0');
+  content.append(bytes.data(), bytes.size());
+  return Tlv(0x03, content);
+}
 std::string UtcTime(std::string_view text) { return Tlv(0x17, text); }
 std::string GeneralizedTime(std::string_view text) { return Tlv(0x18, text); }
 

@@ -1,0 +1,221 @@
+// The document library: opening (and why opening fails), pages, rendering
+// with seals, and the signature list, through the shared libraries.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "support/render_compare.h"
+#include "support/zip_builder.h"
+#include "tarvik/viewer.h"
+
+namespace {
+
+using tarvik::viewer::Document;
+using tarvik::viewer::Error;
+using tarvik::viewer::Status;
+using testing_support::ZipEntries;
+
+std::string Sample(const char* name) { return std::string(TARVIK_SOURCE_DIR) + "/testdata/" + name; }
+
+std::string ReadBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+std::unique_ptr<Document> OpenBytes(const std::string& bytes, Error* error) {
+  return Document::OpenMemory(bytes.data(), bytes.size(), "test.ofd", error);
+}
+
+ZipEntries SignedEntries() { return testing_support::ReadZip(ReadBytes(Sample("signed_v4_png.ofd"))); }
+
+// A zip of one entry (a helper, since braces do not pass through macros).
+std::string ZipOf(const std::string& name, const std::string& content) {
+  return testing_support::BuildZip({{name, content}});
+}
+
+std::string PackageWith(const std::string& name, const std::string& content) {
+  return testing_support::BuildOfdPackage({{name, content}});
+}
+
+constexpr const char* kSignature = "Doc_0/Signs/Sign_0/Signature.xml";
+
+struct OpenCase {
+  const char* name;
+  std::string bytes;
+  Status status;
+  const char* message;  // a part of the message
+};
+
+class OpenFailure : public ::testing::TestWithParam<OpenCase> {};
+
+TEST_P(OpenFailure, NamesTheCause) {
+  const OpenCase& c = GetParam();
+  Error error;
+  EXPECT_FALSE(OpenBytes(c.bytes, &error));
+  EXPECT_EQ(error.status, c.status);
+  EXPECT_NE(error.message.find(c.message), std::string::npos) << error.message;
+  EXPECT_NE(error.message.find("test.ofd"), std::string::npos) << error.message;
+}
+
+std::vector<OpenCase> OpenCases() {
+  return {
+      {"Empty", "", Status::kBadArgument, "no bytes"},
+      {"NotZip", "hello, world", Status::kNotOfd, "not a zip archive"},
+      {"NoOfdXml", ZipOf("a.txt", "x"), Status::kNotOfd, "OFD.xml: missing"},
+      {"MalformedOfdXml", ZipOf("OFD.xml", "<ofd:OFD><DocBody>"), Status::kNotOfd,
+       "OFD.xml: malformed XML"},
+      {"WrongRoot", ZipOf("OFD.xml", "<Other/>"), Status::kNotOfd, "root element is not OFD"},
+      {"NoDocument", ZipOf("OFD.xml", "<ofd:OFD/>"), Status::kBadDocument, "lists no document"},
+      {"MissingDocumentXml", PackageWith("Doc_0/Other.xml", "x"), Status::kBadDocument,
+       "Doc_0/Document.xml: missing"},
+      {"MalformedDocumentXml", PackageWith("Doc_0/Document.xml", "<ofd:Document><a>"),
+       Status::kBadDocument, "Doc_0/Document.xml: malformed XML ("},
+  };
+}
+
+INSTANTIATE_TEST_SUITE_P(Packages, OpenFailure, ::testing::ValuesIn(OpenCases()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DocumentOpen, FileErrorsGiveTheSystemReason) {
+  Error error;
+  EXPECT_FALSE(Document::Open("/nonexistent/x.ofd", &error));
+  EXPECT_EQ(error.status, Status::kIoError);
+  EXPECT_NE(error.message.find("No such file"), std::string::npos) << error.message;
+  EXPECT_FALSE(Document::Open(TARVIK_SOURCE_DIR, &error));
+  EXPECT_NE(error.message.find("is a directory"), std::string::npos) << error.message;
+  EXPECT_FALSE(Document::Open("", &error));
+  EXPECT_EQ(error.status, Status::kBadArgument);
+}
+
+TEST(DocumentOpen, MalformedXmlGivesTheOffset) {
+  Error error;
+  const std::string xml = "<ofd:Document>\n<ofd:CommonData></ofd:Common>";
+  EXPECT_FALSE(OpenBytes(testing_support::BuildOfdPackage({{"Doc_0/Document.xml", xml}}), &error));
+  EXPECT_NE(error.message.find("at offset 3"), std::string::npos) << error.message;
+}
+
+TEST(DocumentPages, SizesAndRangeErrors) {
+  Error error;
+  const auto doc = Document::Open(Sample("signed_v4_png.ofd"), &error);
+  ASSERT_TRUE(doc) << error.message;
+  ASSERT_EQ(doc->PageCount(), 1);
+  tarvik::viewer::PageSize size;
+  ASSERT_TRUE(doc->GetPageSize(0, size));
+  EXPECT_EQ(size.width, 210);
+  EXPECT_EQ(size.height, 297);
+  int w = 0, h = 0;
+  ASSERT_TRUE(doc->GetPixelSize(0, 150, w, h));
+  EXPECT_EQ(w, 1240);
+  EXPECT_EQ(h, 1753);
+
+  struct Bad {
+    int page;
+    double dpi;
+    Status status;
+  } bad[] = {{1, 50, Status::kPageOutOfRange},       {-1, 50, Status::kPageOutOfRange},
+             {0, 0, Status::kBadArgument},           {0, -3, Status::kBadArgument},
+             {0, std::nan(""), Status::kBadArgument}, {0, 1e6, Status::kTooLarge}};
+  for (const Bad& b : bad) {
+    tarvik::viewer::RenderOptions options;
+    options.dpi = b.dpi;
+    tarvik::viewer::RenderReport report;
+    EXPECT_FALSE(doc->RenderPage(b.page, options, &report)) << b.page << " " << b.dpi;
+    EXPECT_EQ(report.error.status, b.status) << report.error.message;
+    EXPECT_FALSE(report.error.message.empty());
+  }
+}
+
+// The one-call render draws what a host drawing page content and then each
+// seal through the seal library draws (the same reference pictures).
+TEST(DocumentRender, MatchesTheSealLibraryReferences) {
+  if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  struct Case {
+    const char* reference;
+    const char* file;
+    bool cross;
+    int colorMode;
+  } cases[] = {{"signed_v4_png", "signed_v4_png.ofd", false, 0},
+               {"signed_v4_ofdseal", "signed_v4_ofdseal.ofd", false, 0},
+               {"signed_ofdseal_black", "signed_v4_ofdseal.ofd", false, 2}};
+  for (const Case& c : cases) {
+    const auto doc = Document::Open(Sample(c.file));
+    ASSERT_TRUE(doc);
+    tarvik::viewer::RenderOptions options;
+    options.dpi = 50;
+    options.cross = c.cross;
+    options.colorMode = c.colorMode;
+    tarvik::viewer::RenderReport report;
+    const auto page = doc->RenderPage(0, options, &report);
+    ASSERT_TRUE(page) << report.error.message;
+    EXPECT_TRUE(testing_support::CompareWithReference(*page, c.reference, 24));
+    ASSERT_EQ(report.seals.size(), 1u);
+    EXPECT_TRUE(report.seals[0].drawn);
+    EXPECT_EQ(report.seals[0].signature, 0);
+    EXPECT_EQ(report.seals[0].stampId, "30");
+  }
+}
+
+TEST(DocumentRender, UnreadableSealIsReportedAndThePageStillDrawn) {
+  ZipEntries entries = SignedEntries();
+  entries = testing_support::WithEntry(entries, "Doc_0/Signs/Sign_0/SignedValue.dat", "garbage");
+  entries = testing_support::WithEntry(entries, "Doc_0/Signs/Sign_0/Seal.esl", "more garbage");
+  Error error;
+  const auto doc = OpenBytes(testing_support::BuildZip(entries), &error);
+  ASSERT_TRUE(doc) << error.message;
+  tarvik::viewer::RenderOptions options;
+  options.dpi = 20;
+  tarvik::viewer::RenderReport report;
+  ASSERT_TRUE(doc->RenderPage(0, options, &report));
+  ASSERT_EQ(report.seals.size(), 1u);
+  EXPECT_FALSE(report.seals[0].drawn);
+  EXPECT_NE(report.seals[0].reason.find("SignedValue.dat is not a seal signature"), std::string::npos)
+      << report.seals[0].reason;
+  options.seals = false;
+  ASSERT_TRUE(doc->RenderPage(0, options, &report));
+  EXPECT_TRUE(report.seals.empty());
+}
+
+TEST(DocumentSignatures, ListsSealFieldsAndProblems) {
+  const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
+  ASSERT_TRUE(doc);
+  ASSERT_EQ(doc->Signatures().size(), 1u);
+  const tarvik::viewer::SignatureInfo& sig = doc->Signatures()[0];
+  EXPECT_TRUE(sig.usable);
+  EXPECT_EQ(sig.sesVersion, 4);
+  EXPECT_EQ(sig.pictureFormat, "PNG");
+  EXPECT_FALSE(sig.sealName.empty());
+  EXPECT_EQ(sig.referenceCount, 5);
+  ASSERT_EQ(sig.stamps.size(), 1u);
+  EXPECT_EQ(sig.stamps[0].page, 0);
+  EXPECT_TRUE(sig.problems.empty());
+
+  // A second signature whose file is missing, and a stamp on no page.
+  ZipEntries entries = SignedEntries();
+  std::string list, xml;
+  for (const auto& [name, content] : entries) {
+    if (name == "Doc_0/Signs/Signatures.xml") list = content;
+    if (name == kSignature) xml = content;
+  }
+  list.replace(list.find("</ofd:Signatures>"), 0,
+               "<ofd:Signature ID=\"2\" BaseLoc=\"Sign_9/Signature.xml\"/>");
+  xml.replace(xml.find("PageRef=\"2\""), 11, "PageRef=\"77\"");
+  xml.replace(xml.find("<ofd:Seal>"), 0, "<ofd:StampAnnot ID=\"31\" PageRef=\"2\" Boundary=\"1 2\"/>");
+  entries = testing_support::WithEntry(entries, "Doc_0/Signs/Signatures.xml", list.c_str());
+  entries = testing_support::WithEntry(entries, kSignature, xml.c_str());
+  const auto changed = OpenBytes(testing_support::BuildZip(entries), nullptr);
+  ASSERT_TRUE(changed);
+  ASSERT_EQ(changed->Signatures().size(), 2u);
+  const auto& first = changed->Signatures()[0];
+  ASSERT_EQ(first.problems.size(), 2u);
+  EXPECT_NE(first.problems[0].find("StampAnnot 31: missing or malformed Boundary"), std::string::npos);
+  EXPECT_NE(first.problems[1].find("PageRef 77 names no page"), std::string::npos);
+  EXPECT_EQ(first.stamps[0].page, -1);
+  const auto& second = changed->Signatures()[1];
+  EXPECT_FALSE(second.usable);
+  EXPECT_NE(second.problems[0].find("Sign_9/Signature.xml is missing"), std::string::npos);
+}
+
+}  // namespace

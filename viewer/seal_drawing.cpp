@@ -1,0 +1,82 @@
+#include "seal_drawing.h"
+
+#include <memory>
+#include <new>
+#include <string>
+
+#include "host/base/device.h"
+#include "host/oes/oes_plugin.h"
+#include "host/ofd/ofd_annotation.h"
+#include "host/ofd/ofd_multimedia.h"
+#include "host/ofd/ofd_page.h"
+#include "host/ofd/ofd_signature.h"
+#include "seal_problem.h"
+
+namespace tarvik::viewer {
+
+namespace {
+
+// Reads the seal's picture once before drawing, so that a seal that cannot
+// be shown is reported; a raster picture read here goes into the cache, so
+// drawing it costs nothing more.
+bool SealReadable(const SealDrawing& drawing, const host::OfdAnnotationSeal& seal, int renderMode) {
+  const host::OfdMultiMedia* media = seal.sealMedia.get();
+  if (!media) return false;
+  if (renderMode == 0 && drawing.tarvik->GetCachedSealImage(media)) return true;
+  bool isOfd = false;
+  std::unique_ptr<host::Dib> dib(
+      ParseSealImage(media, renderMode, drawing.plugin, nullptr, 1, 1, 0, isOfd));
+  if (!dib) return false;
+  if (!isOfd && renderMode == 0 && drawing.tarvik->AddSealImageToCache(media, dib.get())) dib.release();
+  return true;
+}
+
+}  // namespace
+
+void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device& device,
+                   const host::Matrix& pageToDevice, const RenderOptions& options,
+                   std::vector<SealResult>& results) {
+  if (!drawing.signatures || drawing.signatures->AttachSealAnnotations(&page) == 0) return;
+  RenderSealParam::ImageParam image;
+  image.renderMode = options.renderMode == 0 ? 0 : 1;
+  image.colorMode = options.colorMode;
+  image.crossMark = options.cross ? 1 : 0;
+  RenderSealParam param;
+  param.image = &image;
+  // RenderSealParam takes a mutable pointer but only reads the record.
+  param.text = const_cast<RenderSealParam::TextParam*>(options.sealText);
+
+  // Annotations come in signature order, then StampAnnot order: pair them
+  // with the signature list the same way.
+  std::vector<std::pair<int, const StampInfo*>> owners;
+  const uint32_t pageId = page.GetPageId();
+  for (size_t s = 0; drawing.list && s < drawing.list->size(); ++s) {
+    const SignatureInfo& sig = (*drawing.list)[s];
+    if (!sig.usable) continue;
+    for (const StampInfo& stamp : sig.stamps) {
+      if (stamp.pageId == pageId) owners.emplace_back(static_cast<int>(s), &stamp);
+    }
+  }
+  const std::vector<host::OfdAnnotationSeal*> seals = page.GetSealAnnotations();
+  for (size_t i = 0; i < seals.size(); ++i) {
+    host::OfdAnnotationSeal* seal = seals[i];
+    SealResult result;
+    if (i < owners.size()) {
+      result.signature = owners[i].first;
+      result.stampId = owners[i].second->id;
+    } else {
+      result.stampId = std::to_string(seal->id);
+    }
+    result.drawn = SealReadable(drawing, *seal, image.renderMode);
+    if (!result.drawn) {
+      result.reason = seal->sealMedia ? SealProblem(*drawing.plugin, *seal->sealMedia)
+                                      : "the seal has no data";
+    } else {
+      result.crossed = image.crossMark != 0;
+    }
+    drawing.tarvik->RenderSignature(&page, drawing.plugin, nullptr, seal, param, &device, pageToDevice);
+    results.push_back(std::move(result));
+  }
+}
+
+}  // namespace tarvik::viewer
