@@ -40,7 +40,6 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
   RenderSealParam::ImageParam image;
   image.renderMode = options.renderMode == 0 ? 0 : 1;
   image.colorMode = options.colorMode;
-  image.crossMark = options.cross ? 1 : 0;
   RenderSealParam param;
   param.image = &image;
   // RenderSealParam takes a mutable pointer but only reads the record.
@@ -67,6 +66,10 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
     } else {
       result.stampId = std::to_string(seal->id);
     }
+    // A signature verified invalid gets the cross; an unknown verdict does not.
+    const bool invalid = options.crossInvalid && result.signature >= 0 &&
+                         (*drawing.list)[static_cast<size_t>(result.signature)].verdict == Verdict::kInvalid;
+    image.crossMark = options.cross || invalid ? 1 : 0;
     result.drawn = SealReadable(drawing, *seal, image.renderMode);
     if (!result.drawn) {
       result.reason = seal->sealMedia ? SealProblem(*drawing.plugin, *seal->sealMedia)

@@ -1,5 +1,7 @@
 #include "tarvik/viewer/status.h"
 
+#include "tarvik/viewer/signature_info.h"
+
 namespace tarvik::viewer {
 
 const char* StatusName(Status status) {
@@ -17,6 +19,17 @@ const char* StatusName(Status status) {
     case Status::kUnsupported: return "not supported";
   }
   return "unknown status";
+}
+
+const char* VerdictName(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::kNotChecked: return "not checked";
+    case Verdict::kValid: return "valid";
+    case Verdict::kIntact: return "intact";
+    case Verdict::kInvalid: return "invalid";
+    case Verdict::kUnknown: return "unknown";
+  }
+  return "unknown";
 }
 
 }  // namespace tarvik::viewer

@@ -37,6 +37,11 @@ struct OpenOptions {
   /// Install the host's bitmap device as the seal library's device creator
   /// (once per process). Turn off when the host installs its own.
   bool installDeviceCreator = true;
+  /// Verify every signature while opening (verdicts in Signatures()).
+  bool verify = true;
+  /// Trust anchors for verification: a PEM file or a directory of PEM files;
+  /// empty: none (a signature that holds is then "intact", not "valid").
+  std::string trustAnchors;
 };
 
 /// Page size in millimetres.

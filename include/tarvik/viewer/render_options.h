@@ -16,6 +16,7 @@ struct RenderOptions {
   uint32_t background = 0xFFFFFFFF;  // 0xAARRGGBB the bitmap starts with
   bool seals = true;                // draw the seals of the document's signatures
   bool cross = false;               // a cross over every seal
+  bool crossInvalid = true;         // a cross over the seals of signatures verified invalid
   int colorMode = 0;                // seals: 0 as decoded, 1 grey, 2 black
   int renderMode = 0;               // 0: raster seals cached per document; 1: decoded each time
   /// Text laid out against every seal; null: none.

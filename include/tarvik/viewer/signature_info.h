@@ -6,8 +6,29 @@
 #include <vector>
 
 #include "host/base/geometry.h"
+#include "tarvik/viewer/viewer_export.h"
 
 namespace tarvik::viewer {
+
+/// What verifying a signature concluded. Values are stable (C interface).
+enum class Verdict : int {
+  kNotChecked = 0,  // verification was turned off
+  kValid = 1,       // everything holds and the signer chains to a trust anchor
+  kIntact = 2,      // everything holds; no trust anchors were given
+  kInvalid = 3,     // a signed file changed or is missing, or a signature does not verify
+  kUnknown = 4,     // cannot be checked (the reason says why)
+};
+
+/// A short fixed name: "not checked", "valid", "intact", "invalid", "unknown".
+TARVIK_VIEWER_API const char* VerdictName(Verdict verdict);
+
+/// One check made while verifying a signature.
+struct CheckResult {
+  enum class Outcome : int { kPassed = 0, kFailed = 1, kNotChecked = 2 };
+  std::string name;    // "references", "signature value", "seal signature", ...
+  Outcome outcome = Outcome::kNotChecked;
+  std::string detail;  // in words: what was compared, what differs, why it could not be checked
+};
 
 /// Where a signature's seal appears: one StampAnnot.
 struct StampInfo {
@@ -48,6 +69,12 @@ struct SignatureInfo {
   int pictureHeight = 0;
 
   std::vector<StampInfo> stamps;
+
+  // Verification (when the document was opened with verification on).
+  Verdict verdict = Verdict::kNotChecked;
+  std::string verdictReason;  // the decisive failure or limitation, in words; empty when valid or intact
+  std::string signer;         // the signer certificate's subject, when known
+  std::vector<CheckResult> checks;
 };
 
 }  // namespace tarvik::viewer
