@@ -2,6 +2,7 @@
 // is decoded once. Internal to the renderer.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <utility>
@@ -26,7 +27,11 @@ class ImageCache {
   /// it is not tried again). Owned by the cache.
   const Dib* Get(const OfdMultiMedia* media, const OfdMultiMedia* mask);
 
+  /// Bytes of the pictures held.
+  uint64_t GetByteCount() const { return bytes_; }
+
  private:
+  uint64_t bytes_ = 0;
   std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::unique_ptr<Dib>> images_;
 };
 
