@@ -228,7 +228,11 @@ bool Document::GetPixelSize(int index, double dpi, int& width, int& height, Erro
 
 void Document::Impl::Draw(host::OfdPage& page, host::Device& device, const host::Matrix& pageToDevice,
                           const RenderOptions& options, RenderReport& out) const {
-  host::RenderPageContent(&page, &device, pageToDevice);
+  std::string stopped;
+  if (host::RenderPageContent(&page, &device, pageToDevice, options.limits, &stopped) !=
+      host::RenderStop::kNone) {
+    out.warnings.push_back(name + ": " + stopped);
+  }
   DrawPageSeals(Seals(options), page, device, pageToDevice, options, out.seals);
 }
 

@@ -178,6 +178,19 @@ TEST(DocumentRender, UnreadableSealIsReportedAndThePageStillDrawn) {
   EXPECT_TRUE(report.seals.empty());
 }
 
+TEST(DocumentRender, ABudgetStopsThePageWithAReason) {
+  const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
+  ASSERT_TRUE(doc);
+  tarvik::viewer::RenderOptions options;
+  options.dpi = 20;
+  options.limits.maxObjects = 1;
+  tarvik::viewer::RenderReport report;
+  ASSERT_TRUE(doc->RenderPage(0, options, &report));
+  ASSERT_EQ(report.warnings.size(), 1u);
+  EXPECT_NE(report.warnings[0].find("page 1: too many objects"), std::string::npos) << report.warnings[0];
+  EXPECT_EQ(report.seals.size(), 1u);  // seals are still drawn
+}
+
 TEST(DocumentSignatures, ListsSealFieldsAndProblems) {
   const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
   ASSERT_TRUE(doc);
