@@ -154,6 +154,17 @@ std::string EcSignatureDer(std::string_view sig) {
 
 CryptoResult Result(CryptoStatus status, std::string detail) { return {status, std::move(detail)}; }
 
+// Certificates signed with SM2 are checked with the user ID that the
+// certificate carries; give every certificate the default one.
+void SetSm2Id(X509* cert) {
+  ASN1_OCTET_STRING* id = ASN1_OCTET_STRING_new();
+  if (id && ASN1_OCTET_STRING_set(id, reinterpret_cast<const unsigned char*>(kSm2UserId), sizeof kSm2UserId - 1) == 1) {
+    X509_set0_distinguishing_id(cert, id);  // takes ownership
+  } else {
+    ASN1_OCTET_STRING_free(id);
+  }
+}
+
 }  // namespace
 
 void X509Free::operator()(X509* x) const { X509_free(x); }
@@ -185,6 +196,7 @@ X509Ptr ReadCertificate(std::string_view der, std::string& reason) {
     return nullptr;
   }
   ERR_clear_error();
+  SetSm2Id(cert.get());
   return cert;
 }
 
@@ -407,6 +419,7 @@ bool TrustAnchors::Load(const std::string& path, std::string& reason) {
     while (bio) {
       X509Ptr cert(PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr));
       if (!cert) break;
+      SetSm2Id(cert.get());
       if (store_ && X509_STORE_add_cert(store_, cert.get()) == 1) ++count_;
     }
     if (bytes.rfind("-----", 0) != 0 && bytes.find("-----BEGIN") == std::string::npos) {
