@@ -34,7 +34,7 @@ struct SignedDocument {
   struct Check {
     std::string value;  // keeps the views of `parts` alive
     host::SesSignatureParts parts;
-    host::X509Ptr signer, maker;
+    host::CertificatePtr signer, maker;
   };
   std::vector<std::unique_ptr<Check>> checks;
 };

@@ -32,17 +32,18 @@ void VerifyValue(const std::string& bytes) {
   host::SesSignatureParts sig;
   std::string why;
   if (host::ReadSesSignatureParts(bytes, sig, why)) {
-    host::X509Ptr signer = host::ReadCertificate(sig.signerCert, why);
+    host::CertificatePtr signer = host::ReadCertificate(sig.signerCert, why);
     if (signer) {
       host::VerifySignatureValue(signer.get(), sig.signatureAlgorithm, sig.toSign, sig.signature);
       host::VerifySm2OverDigest(signer.get(), sig.dataHash, sig.signature);
       int64_t from = 0, to = 0;
-      host::CertificateValidity(signer.get(), from, to);
-      host::CertificateSubject(signer.get());
+      signer->Validity(from, to);
+      signer->Subject();
+      signer->X509Cert();
       std::string digest;
       host::DigestByMethod("1.2.156.10197.1.401.2", sig.toSign, signer.get(), digest);
     }
-    host::X509Ptr maker = host::ReadCertificate(sig.seal.makerCert, why);
+    host::CertificatePtr maker = host::ReadCertificate(sig.seal.makerCert, why);
     if (maker) host::VerifySignatureValue(maker.get(), sig.seal.makerAlgorithm, sig.seal.sealInfo, sig.seal.makerSignature);
     int64_t t = 0;
     host::ParseAsn1Time(sig.timeInfo, t);
@@ -51,7 +52,7 @@ void VerifyValue(const std::string& bytes) {
   }
   host::SesSealParts seal;
   host::ReadSesSealParts(bytes, seal, why);
-  host::X509Ptr cms;
+  host::CertificatePtr cms;
   host::VerifyCmsSignature(bytes, "content", cms);
   host::IsBareEcSignature(bytes);
   int64_t t = 0;

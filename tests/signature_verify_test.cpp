@@ -298,7 +298,7 @@ TEST(SignatureVerify, BadCertificatesGiveReasons) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     std::string why;
-    const host::X509Ptr cert = host::ReadCertificate(c.der, why);
+    const host::CertificatePtr cert = host::ReadCertificate(c.der, why);
     EXPECT_EQ(cert != nullptr, c.reads) << why;
     const std::string detail = cert ? host::VerifySignatureValue(cert.get(), "1.2.156.10197.1.501", "data",
                                                                  std::string(64, '\x01')).detail

@@ -73,15 +73,16 @@ class DocumentVerifier {
     std::string bytes;  // the signed value file
     SesSignatureParts ses;
     bool isSes = false;
-    X509Ptr signer;
-    X509Ptr maker;
+    CertificatePtr signer;
+    CertificatePtr maker;
   };
 
   // The digest of a package file by `method`; nullopt when the file is
   // missing, or the method unknown (then `unknownMethod` is set).
-  std::optional<std::string> FileDigest(const std::string& path, const std::string& method, X509* signer,
+  std::optional<std::string> FileDigest(const std::string& path, const std::string& method, const Certificate* signer,
                                         bool& unknownMethod);
-  void CheckFiles(const OfdSignatureInfo& info, const std::string& folder, X509* signer, SignatureVerdict& v);
+  void CheckFiles(const OfdSignatureInfo& info, const std::string& folder, const Certificate* signer,
+                  SignatureVerdict& v);
   void CheckSes(Signed& s, const std::string& signatureXml, SignatureVerdict& v, int64_t& signingTime);
   void CheckSeal(Signed& s, int64_t signingTime, SignatureVerdict& v);
   void CheckTrust(Signed& s, int64_t signingTime, SignatureVerdict& v);
@@ -97,7 +98,7 @@ class DocumentVerifier {
 };
 
 std::optional<std::string> DocumentVerifier::FileDigest(const std::string& path, const std::string& method,
-                                                        X509* signer, bool& unknownMethod) {
+                                                        const Certificate* signer, bool& unknownMethod) {
   // Digests keyed by the signer's key are not shared.
   const bool keyed = method == "1.2.156.10197.1.401.2";
   const auto key = std::make_pair(method, path);
@@ -119,8 +120,8 @@ std::optional<std::string> DocumentVerifier::FileDigest(const std::string& path,
   return result;
 }
 
-void DocumentVerifier::CheckFiles(const OfdSignatureInfo& info, const std::string& folder, X509* signer,
-                                  SignatureVerdict& v) {
+void DocumentVerifier::CheckFiles(const OfdSignatureInfo& info, const std::string& folder,
+                                  const Certificate* signer, SignatureVerdict& v) {
   if (info.references.empty()) {
     v.checks.push_back(Check("files", CheckOutcome::kFailed, "the signature protects no file"));
     return;
@@ -322,7 +323,7 @@ void DocumentVerifier::CheckSeal(Signed& s, int64_t signingTime, SignatureVerdic
 void DocumentVerifier::CheckTrust(Signed& s, int64_t signingTime, SignatureVerdict& v) {
   if (s.signer && signingTime != INT64_MIN) {
     int64_t from = 0, to = 0;
-    if (!CertificateValidity(s.signer.get(), from, to)) {
+    if (!s.signer->Validity(from, to)) {
       v.checks.push_back(Check("signer certificate dates", CheckOutcome::kNotChecked, "its dates cannot be read"));
     } else {
       const bool inside = from <= signingTime && signingTime <= to;
@@ -437,7 +438,7 @@ SignatureVerdict DocumentVerifier::Verify(const OfdSignatureInfo& info) {
     }
     if (ParseAsn1Time(info.signatureDateTime, signingTime)) v.signingTime = FormatUtcTime(signingTime);
   }
-  if (s.signer) v.signer = CertificateSubject(s.signer.get());
+  if (s.signer) v.signer = s.signer->Subject();
   CheckTrust(s, signingTime, v);
   Conclude(v, anchorsGiven_);
   return v;

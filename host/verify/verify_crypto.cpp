@@ -8,6 +8,7 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/objects.h>
+#include <openssl/param_build.h>
 #include <openssl/pem.h>
 #include <openssl/pkcs7.h>
 #include <openssl/ts.h>
@@ -20,6 +21,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "host/oes/der_reader.h"
 #include "host/verify/asn1_time.h"
 
 namespace host {
@@ -165,6 +167,24 @@ void SetSm2Id(X509* cert) {
   }
 }
 
+// An SM2 public key from its uncompressed point, imported without the
+// decoders; null when the point is not on the curve.
+EVP_PKEY* ImportSm2Key(std::string_view point) {
+  std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new_from_name(nullptr, "SM2", nullptr));
+  OSSL_PARAM params[] = {
+      OSSL_PARAM_construct_utf8_string(OSSL_PKEY_PARAM_GROUP_NAME, const_cast<char*>("SM2"), 0),
+      OSSL_PARAM_construct_octet_string(OSSL_PKEY_PARAM_PUB_KEY, const_cast<char*>(point.data()), point.size()),
+      OSSL_PARAM_construct_end()};
+  EVP_PKEY* key = nullptr;
+  if (!ctx || EVP_PKEY_fromdata_init(ctx.get()) != 1 ||
+      EVP_PKEY_fromdata(ctx.get(), &key, EVP_PKEY_PUBLIC_KEY, params) != 1) {
+    EVP_PKEY_free(key);
+    key = nullptr;
+  }
+  ERR_clear_error();
+  return key;
+}
+
 }  // namespace
 
 void X509Free::operator()(X509* x) const { X509_free(x); }
@@ -176,7 +196,7 @@ bool IsBareEcSignature(std::string_view value) {
   return parsed && p == Bytes(value) + value.size();
 }
 
-X509Ptr ReadCertificate(std::string_view der, std::string& reason) {
+CertificatePtr Certificate::Read(std::string_view der, std::string& reason) {
   if (der.empty()) {
     reason = "the certificate is empty";
     return nullptr;
@@ -185,49 +205,101 @@ X509Ptr ReadCertificate(std::string_view der, std::string& reason) {
     reason = "the certificate is larger than 64 KiB";
     return nullptr;
   }
-  const unsigned char* p = Bytes(der);
-  X509Ptr cert(d2i_X509(nullptr, &p, static_cast<long>(der.size())));
-  if (!cert) {
-    reason = "the certificate is not DER X.509 (" + TakeError() + ")";
+  CertificatePtr cert(new Certificate());
+  cert->der_.assign(der);
+  const std::string_view d = cert->der_;
+  // Certificate { tbsCertificate { [0] version, serial, signature, issuer,
+  // validity, subject, subjectPublicKeyInfo, ... }, algorithm, signature }
+  DerReader top(d);
+  DerElement outer, tbs, e, validity, spki, alg, bits;
+  bool ok = top.Next(kDerSequence, outer);
+  DerReader c = top.Enter(outer);
+  ok = ok && c.Next(kDerSequence, tbs);
+  DerReader t = c.Enter(tbs);
+  ok = ok && c.Next(kDerSequence, e) && c.Next(kDerBitString, e) && t.Next(e);
+  if (ok && e.tag == kDerContext0) ok = t.Next(e);  // version; e is now the serial
+  ok = ok && e.tag == kDerInteger && t.Next(kDerSequence, e) && t.Next(kDerSequence, e) &&
+       t.Next(kDerSequence, validity) && t.Next(kDerSequence, e) && t.Next(kDerSequence, spki);
+  if (!ok) {
+    reason = "the certificate is not DER X.509";
     return nullptr;
   }
-  if (!X509_get0_pubkey(cert.get())) {
+  cert->subject_ = e.Encoded(d);
+  DerReader v = t.Enter(validity);
+  DerElement from, to;
+  std::string text;
+  if (v.Next(from) && v.Next(to) && DerReadString(from, text) && ParseAsn1Time(text, cert->notBefore_) &&
+      DerReadString(to, text) && ParseAsn1Time(text, cert->notAfter_)) {
+    cert->datesRead_ = true;
+  }
+  DerReader k = t.Enter(spki);
+  std::string algorithm, curve;
+  std::string_view point;
+  if (k.Next(kDerSequence, alg) && k.Next(kDerBitString, bits)) {
+    DerReader a = k.Enter(alg);
+    DerElement oid, params;
+    if (a.Next(kDerObjectId, oid) && DerReadObjectId(oid, algorithm) && a.Next(params) &&
+        params.tag == kDerObjectId) {
+      DerReadObjectId(params, curve);
+    }
+    DerReadBitString(bits, point);
+  }
+  if (algorithm == "1.2.840.10045.2.1" && curve == "1.2.156.10197.1.301") {
+    cert->key_ = ImportSm2Key(point);
+  } else {
+    const std::string_view encoded = spki.Encoded(d);
+    const unsigned char* p = Bytes(encoded);
+    cert->key_ = d2i_PUBKEY(nullptr, &p, static_cast<long>(encoded.size()));
+  }
+  if (!cert->key_) {
     reason = "the certificate's public key cannot be read (" + TakeError() + ")";
     return nullptr;
   }
   ERR_clear_error();
-  SetSm2Id(cert.get());
   return cert;
 }
 
-std::string CertificateSubject(X509* cert) {
-  if (!cert) return {};
+Certificate::~Certificate() { EVP_PKEY_free(key_); }
+
+bool Certificate::Validity(int64_t& notBefore, int64_t& notAfter) const {
+  notBefore = notBefore_;
+  notAfter = notAfter_;
+  return datesRead_;
+}
+
+std::string Certificate::Subject() const {
+  const unsigned char* p = Bytes(subject_);
+  X509_NAME* name = d2i_X509_NAME(nullptr, &p, static_cast<long>(subject_.size()));
   BioPtr bio(BIO_new(BIO_s_mem()));
-  if (!bio || X509_NAME_print_ex(bio.get(), X509_get_subject_name(cert), 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB) < 0) {
-    ERR_clear_error();
-    return {};
+  std::string out;
+  if (name && bio && X509_NAME_print_ex(bio.get(), name, 0, XN_FLAG_ONELINE & ~ASN1_STRFLGS_ESC_MSB) >= 0) {
+    char* data = nullptr;
+    const long n = BIO_get_mem_data(bio.get(), &data);
+    if (n > 0) out.assign(data, static_cast<size_t>(n));
   }
-  char* data = nullptr;
-  const long n = BIO_get_mem_data(bio.get(), &data);
-  return n > 0 ? std::string(data, static_cast<size_t>(n)) : std::string();
+  X509_NAME_free(name);
+  ERR_clear_error();
+  return out;
 }
 
-bool CertificateValidity(X509* cert, int64_t& notBefore, int64_t& notAfter) {
-  if (!cert) return false;
-  const auto read = [](const ASN1_TIME* t, int64_t& out) {
-    if (!t) return false;
-    const std::string_view s(reinterpret_cast<const char*>(ASN1_STRING_get0_data(t)),
-                             static_cast<size_t>(ASN1_STRING_length(t)));
-    return ParseAsn1Time(s, out);
-  };
-  return read(X509_get0_notBefore(cert), notBefore) && read(X509_get0_notAfter(cert), notAfter);
+X509* Certificate::X509Cert() {
+  if (!triedX509_) {
+    triedX509_ = true;
+    const unsigned char* p = Bytes(der_);
+    x509_.reset(d2i_X509(nullptr, &p, static_cast<long>(der_.size())));
+    if (x509_) SetSm2Id(x509_.get());
+    ERR_clear_error();
+  }
+  return x509_.get();
 }
 
-bool DigestByMethod(std::string_view method, std::string_view data, X509* signer, std::string& out) {
+CertificatePtr ReadCertificate(std::string_view der, std::string& reason) { return Certificate::Read(der, reason); }
+
+bool DigestByMethod(std::string_view method, std::string_view data, const Certificate* signer, std::string& out) {
   const std::string m = Lower(method);
   if (m == "1.2.156.10197.1.401.2") {
     std::string z;
-    return signer && Sm2Z(X509_get0_pubkey(signer), z) && Digest(EVP_sm3(), z, data, out);
+    return signer && Sm2Z(signer->Key(), z) && Digest(EVP_sm3(), z, data, out);
   }
   const EVP_MD* md = nullptr;
   if (m.empty() || m == "sm3" || m == "1.2.156.10197.1.401" || m == "1.2.156.10197.1.401.1") {
@@ -246,9 +318,9 @@ bool DigestByMethod(std::string_view method, std::string_view data, X509* signer
   return md && Digest(md, {}, data, out);
 }
 
-CryptoResult VerifySignatureValue(X509* cert, std::string_view algorithmOid, std::string_view data,
+CryptoResult VerifySignatureValue(const Certificate* cert, std::string_view algorithmOid, std::string_view data,
                                   std::string_view signature) {
-  EVP_PKEY* key = cert ? X509_get0_pubkey(cert) : nullptr;
+  EVP_PKEY* key = cert ? cert->Key() : nullptr;
   if (!key) {
     ERR_clear_error();
     return Result(CryptoStatus::kCannotCheck, "the certificate's key cannot be read");
@@ -311,8 +383,8 @@ CryptoResult VerifySignatureValue(X509* cert, std::string_view algorithmOid, std
   return Result(CryptoStatus::kFailed, name + " signature does not verify");
 }
 
-CryptoResult VerifySm2OverDigest(X509* cert, std::string_view digest, std::string_view signature) {
-  EVP_PKEY* key = cert ? X509_get0_pubkey(cert) : nullptr;
+CryptoResult VerifySm2OverDigest(const Certificate* cert, std::string_view digest, std::string_view signature) {
+  EVP_PKEY* key = cert ? cert->Key() : nullptr;
   if (!IsSm2(key) || digest.size() != 32) return Result(CryptoStatus::kCannotCheck, "not an SM2 key and SM3 digest");
   const std::string sig = EcSignatureDer(signature);
   std::unique_ptr<EVP_PKEY_CTX, PkeyCtxFree> ctx(EVP_PKEY_CTX_new(key, nullptr));
@@ -323,7 +395,7 @@ CryptoResult VerifySm2OverDigest(X509* cert, std::string_view digest, std::strin
             : Result(CryptoStatus::kFailed, "SM2 signature does not verify");
 }
 
-CryptoResult VerifyCmsSignature(std::string_view value, std::string_view content, X509Ptr& signer) {
+CryptoResult VerifyCmsSignature(std::string_view value, std::string_view content, CertificatePtr& signer) {
   BioPtr in = MemBio(value);
   std::unique_ptr<CMS_ContentInfo, CmsFree> cms(in ? d2i_CMS_bio(in.get(), nullptr) : nullptr);
   if (!cms) {
@@ -358,9 +430,11 @@ CryptoResult VerifyCmsSignature(std::string_view value, std::string_view content
   const std::string why = TakeError();
   STACK_OF(X509)* signers = CMS_get0_signers(cms.get());
   if (signers && sk_X509_num(signers) > 0) {
-    X509* first = sk_X509_value(signers, 0);
-    X509_up_ref(first);
-    signer.reset(first);
+    unsigned char* der = nullptr;
+    const int n = i2d_X509(sk_X509_value(signers, 0), &der);
+    std::string ignored;
+    if (n > 0) signer = ReadCertificate(std::string_view(reinterpret_cast<const char*>(der), static_cast<size_t>(n)), ignored);
+    OPENSSL_free(der);
   }
   sk_X509_free(signers);
   ERR_clear_error();
@@ -424,8 +498,8 @@ bool TrustAnchors::Load(const std::string& path, std::string& reason) {
     }
     if (bytes.rfind("-----", 0) != 0 && bytes.find("-----BEGIN") == std::string::npos) {
       std::string why;
-      X509Ptr der = ReadCertificate(bytes, why);
-      if (der && store_ && X509_STORE_add_cert(store_, der.get()) == 1) ++count_;
+      CertificatePtr der = ReadCertificate(bytes, why);
+      if (der && der->X509Cert() && store_ && X509_STORE_add_cert(store_, der->X509Cert()) == 1) ++count_;
     }
     ERR_clear_error();
   }
@@ -433,13 +507,16 @@ bool TrustAnchors::Load(const std::string& path, std::string& reason) {
   return count_ > 0;
 }
 
-CryptoResult TrustAnchors::VerifyChain(X509* cert, const std::vector<X509*>& intermediates, int64_t at) const {
-  if (!store_ || !cert) return Result(CryptoStatus::kCannotCheck, "no trust anchors");
+CryptoResult TrustAnchors::VerifyChain(Certificate* certificate, const std::vector<Certificate*>& intermediates,
+                                       int64_t at) const {
+  X509* cert = certificate ? certificate->X509Cert() : nullptr;
+  if (!store_) return Result(CryptoStatus::kCannotCheck, "no trust anchors");
+  if (!cert) return Result(CryptoStatus::kCannotCheck, "OpenSSL cannot read the certificate");
   std::unique_ptr<X509_STORE_CTX, StoreCtxFree> ctx(X509_STORE_CTX_new());
   std::unique_ptr<STACK_OF(X509), X509StackFree> untrusted(sk_X509_new_null());
   if (!ctx || !untrusted) return Result(CryptoStatus::kCannotCheck, "out of memory");
-  for (X509* x : intermediates) {
-    if (x) sk_X509_push(untrusted.get(), x);
+  for (Certificate* c : intermediates) {
+    if (c && c->X509Cert()) sk_X509_push(untrusted.get(), c->X509Cert());
   }
   if (X509_STORE_CTX_init(ctx.get(), store_, cert, untrusted.get()) != 1) {
     ERR_clear_error();
@@ -452,7 +529,18 @@ CryptoResult TrustAnchors::VerifyChain(X509* cert, const std::vector<X509*>& int
   if (ok == 1) {
     STACK_OF(X509)* chain = X509_STORE_CTX_get0_chain(ctx.get());
     X509* root = chain && sk_X509_num(chain) > 0 ? sk_X509_value(chain, sk_X509_num(chain) - 1) : nullptr;
-    return Result(CryptoStatus::kVerified, "chains to the trust anchor " + CertificateSubject(root));
+    std::string name;
+    if (root) {
+      unsigned char* der = nullptr;
+      const int n = i2d_X509(root, &der);
+      std::string ignored;
+      const CertificatePtr anchor =
+          n > 0 ? ReadCertificate(std::string_view(reinterpret_cast<const char*>(der), static_cast<size_t>(n)), ignored)
+                : nullptr;
+      OPENSSL_free(der);
+      if (anchor) name = anchor->Subject();
+    }
+    return Result(CryptoStatus::kVerified, "chains to the trust anchor " + name);
   }
   return Result(CryptoStatus::kFailed, X509_verify_cert_error_string(error));
 }
