@@ -3,7 +3,9 @@
 // real signed fixtures with their verdicts established independently.
 #include <gtest/gtest.h>
 
+#include <openssl/bio.h>
 #include <openssl/bn.h>
+#include <openssl/cms.h>
 #include <openssl/core_names.h>
 #include <openssl/evp.h>
 #include <openssl/param_build.h>
@@ -277,6 +279,59 @@ std::string CertificateWithRsaKey(int bits) {
   BN_free(bn);
   BN_free(e);
   return out;
+}
+
+// A detached CMS SignedData over `content` by a new P-256 key with a
+// self-signed certificate valid 2024 to 2045.
+std::string CmsOver(const std::string& content) {
+  EVP_PKEY* key = EVP_PKEY_Q_keygen(nullptr, nullptr, "EC", "P-256");
+  X509* x = X509_new();
+  X509_set_version(x, 2);
+  ASN1_INTEGER_set(X509_get_serialNumber(x), 7);
+  X509_NAME_add_entry_by_txt(X509_get_subject_name(x), "CN", MBSTRING_ASC,
+                             reinterpret_cast<const unsigned char*>("CMS Signer"), -1, -1, 0);
+  X509_set_issuer_name(x, X509_get_subject_name(x));
+  ASN1_TIME_set(X509_getm_notBefore(x), 1704067200);
+  ASN1_TIME_set(X509_getm_notAfter(x), 2366841600);
+  X509_set_pubkey(x, key);
+  X509_sign(x, key, EVP_sha256());
+  BIO* in = BIO_new_mem_buf(content.data(), static_cast<int>(content.size()));
+  CMS_ContentInfo* cms = CMS_sign(x, key, nullptr, in, CMS_DETACHED | CMS_BINARY);
+  unsigned char* der = nullptr;
+  const int size = cms ? i2d_CMS_ContentInfo(cms, &der) : 0;
+  std::string out = size > 0 ? std::string(reinterpret_cast<char*>(der), static_cast<size_t>(size)) : "";
+  OPENSSL_free(der);
+  CMS_ContentInfo_free(cms);
+  BIO_free(in);
+  X509_free(x);
+  EVP_PKEY_free(key);
+  return out;
+}
+
+TEST(SignatureVerify, SignTypeValuesAsCms) {
+  const std::string xml = "Doc_0/Signs/Sign_0/Signature.xml", value = "Doc_0/Signs/Sign_0/SignedValue.dat";
+  const struct {
+    const char* name;
+    bool changeAfterSigning;
+    VerifyStatus status;
+    const char* detail;
+  } cases[] = {{"over Signature.xml", false, VerifyStatus::kIntact, "CMS SignedData verifies"},
+               {"Signature.xml changed", true, VerifyStatus::kInvalid, "does not verify"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    PackageFiles files = samples::SignedDocumentFiles(4, samples::BuildSeal(Spec(4), *K().signer), *K().signer);
+    ASSERT_FALSE(files.empty());
+    Replace(*Find(files, "Doc_0/Signs/Signatures.xml"), "Type=\"Seal\"", "Type=\"Sign\"");
+    *Find(files, value) = CmsOver(*Find(files, xml));
+    ASSERT_FALSE(Find(files, value)->empty());
+    if (c.changeAfterSigning) Replace(*Find(files, xml), "Version=\"1.0\"", "Version=\"1.1\"");
+    const auto v = Verify(samples::Zip(files));
+    ASSERT_EQ(v.size(), 1u);
+    EXPECT_EQ(v[0].status, c.status) << Describe(v[0]);
+    ASSERT_NE(v[0].Find("signature"), nullptr);
+    EXPECT_NE(v[0].Find("signature")->detail.find(c.detail), std::string::npos) << Describe(v[0]);
+    EXPECT_NE(v[0].signer.find("CMS Signer"), std::string::npos);
+  }
 }
 
 TEST(SignatureVerify, BadCertificatesGiveReasons) {
