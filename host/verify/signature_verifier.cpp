@@ -57,7 +57,7 @@ std::string DerSequence(std::string_view a, std::string_view b) {
 class DocumentVerifier {
  public:
   DocumentVerifier(OfdPackage& package, const OfdDocument& document, const VerifyOptions& options)
-      : package_(package), document_(document) {
+      : package_(package) {
     if (!options.trustAnchors.empty()) {
       anchors_ = std::make_unique<TrustAnchors>();
       if (!anchors_->Load(options.trustAnchors, anchorsError_)) anchors_.reset();
@@ -89,7 +89,6 @@ class DocumentVerifier {
   static void Conclude(SignatureVerdict& v, bool anchorsGiven);
 
   OfdPackage& package_;
-  const OfdDocument& document_;
   std::unique_ptr<TrustAnchors> anchors_;
   bool anchorsGiven_ = false;
   std::string anchorsError_;
