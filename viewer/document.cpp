@@ -19,6 +19,7 @@
 #include "host/render/ofd_page_render.h"
 #include "seal_drawing.h"
 #include "signature_list.h"
+#include "verification.h"
 
 namespace tarvik::viewer {
 
@@ -77,6 +78,7 @@ struct Document::Impl {
     tarvik = std::make_unique<Tarvik>(&document);
     signatures = host::OfdSignatures::Load(&document);
     signatureList = ListSignatures(document, signatures.get());
+    if (options.verify) VerifyAll(package, document, options.trustAnchors, signatureList);
     return true;
   }
 
