@@ -24,6 +24,10 @@ struct tarvik_report {
   viewer::RenderReport report;
 };
 
+struct tarvik_image {
+  std::unique_ptr<host::Dib> dib;  // 32 bits per pixel, already in RGBA order
+};
+
 namespace {
 
 thread_local std::string lastError;
@@ -328,6 +332,39 @@ tarvik_status tarvik_render_rgba(const tarvik_document* document, int page, cons
     return Ok();
   });
 }
+
+tarvik_status tarvik_render_image(const tarvik_document* document, int page, const tarvik_render_options* options,
+                                  tarvik_image** image, tarvik_report** report) {
+  return Guard([&] {
+    if (report) *report = nullptr;
+    if (!image) return NullArgument("the image pointer");
+    *image = nullptr;
+    auto made = std::make_unique<tarvik_image>();
+    tarvik_report* madeReport = nullptr;
+    if (tarvik_status s = RenderDib(document, page, options, made->dib, report ? &madeReport : nullptr);
+        s != TARVIK_OK) {
+      return s;
+    }
+    host::Dib& dib = *made->dib;
+    for (int y = 0; y < dib.GetHeight(); ++y) BgraToRgba(dib.GetScanline(y), dib.GetScanline(y), dib.GetWidth());
+    *image = made.release();
+    if (report) *report = madeReport;
+    return Ok();
+  });
+}
+
+tarvik_status tarvik_image_pixels(const tarvik_image* image, uint8_t** pixels, int* width, int* height,
+                                  int* stride) {
+  if (!image) return NullArgument("the image");
+  if (!pixels || !width || !height || !stride) return NullArgument("pixels, width, height or stride");
+  *pixels = const_cast<uint8_t*>(image->dib->GetBuffer());
+  *width = image->dib->GetWidth();
+  *height = image->dib->GetHeight();
+  *stride = image->dib->GetPitch();
+  return Ok();
+}
+
+void tarvik_image_free(tarvik_image* image) { delete image; }
 
 tarvik_status tarvik_render_png(const tarvik_document* document, int page, const tarvik_render_options* options,
                                 uint8_t** png, size_t* size, tarvik_report** report) {

@@ -93,6 +93,7 @@ enum {
 
 typedef struct tarvik_document tarvik_document;
 typedef struct tarvik_report tarvik_report;
+typedef struct tarvik_image tarvik_image;
 
 /* ---- Library ---------------------------------------------------------- */
 
@@ -168,6 +169,17 @@ TARVIK_C_API tarvik_status tarvik_render_rgba(const tarvik_document* document, i
                                               const tarvik_render_options* options, uint8_t* buffer,
                                               size_t buffer_size, int stride, int* width, int* height,
                                               tarvik_report** report);
+/* Renders `page` into a new RGBA picture the library allocates (the
+ * fastest way: no copy of the pixels); read it with tarvik_image_pixels and
+ * release it with tarvik_image_free. `report` as above. */
+TARVIK_C_API tarvik_status tarvik_render_image(const tarvik_document* document, int page,
+                                               const tarvik_render_options* options,
+                                               tarvik_image** image, tarvik_report** report);
+/* The picture's RGBA pixels (the caller may change them), its size and its
+ * bytes per row. Valid until tarvik_image_free. */
+TARVIK_C_API tarvik_status tarvik_image_pixels(const tarvik_image* image, uint8_t** pixels,
+                                               int* width, int* height, int* stride);
+TARVIK_C_API void tarvik_image_free(tarvik_image* image);
 /* Renders `page` into a new PNG file image (32-bit RGBA): *png receives the
  * bytes (release with tarvik_free), *size their count. */
 TARVIK_C_API tarvik_status tarvik_render_png(const tarvik_document* document, int page,

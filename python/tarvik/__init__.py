@@ -128,6 +128,7 @@ _COLORS = {"as decoded": 0, "decoded": 0, "grey": 1, "gray": 1, "black": 2}
 
 _c_doc_p = ctypes.c_void_p
 _c_report_p = ctypes.c_void_p
+_c_image_p = ctypes.c_void_p
 _u8_p = ctypes.POINTER(ctypes.c_uint8)
 
 
@@ -200,6 +201,9 @@ def _load():
                                     _I, P(_I), P(_I), P(_c_report_p)]),
         "tarvik_render_png": (_I, [_c_doc_p, _I, P(_RenderOptions), P(_u8_p), P(ctypes.c_size_t),
                                    P(_c_report_p)]),
+        "tarvik_render_image": (_I, [_c_doc_p, _I, P(_RenderOptions), P(_c_image_p), P(_c_report_p)]),
+        "tarvik_image_pixels": (_I, [_c_image_p, P(_u8_p), P(_I), P(_I), P(_I)]),
+        "tarvik_image_free": (None, [_c_image_p]),
         "tarvik_encode_png": (_I, [ctypes.c_void_p, _I, _I, _I, P(_u8_p), P(ctypes.c_size_t)]),
         "tarvik_report_seal_count": (_I, [_c_report_p, P(_I)]),
         "tarvik_report_seal": (_I, [_c_report_p, _I, P(_SealResult)]),
@@ -349,6 +353,20 @@ def _report(report):
 # ---------------------------------------------------------------- images
 
 
+class _Owned:
+    """Memory the library allocated, released with `free` when collected."""
+
+    __slots__ = ("pointer", "free")
+
+    def __init__(self, pointer, free):
+        self.pointer, self.free = pointer, free
+
+    def __del__(self):
+        if self.pointer and _lib is not None:
+            self.free(self.pointer)
+            self.pointer = None
+
+
 class Image:
     """An RGBA picture: bytes R, G, B, A per pixel, straight alpha, rows top
     to bottom, width x 4 bytes per row.
@@ -359,16 +377,22 @@ class Image:
     protocol).
     """
 
-    __slots__ = ("width", "height", "seals", "warnings", "kind", "_data", "_address", "__weakref__")
+    __slots__ = ("width", "height", "seals", "warnings", "kind", "_array", "_owner", "__weakref__")
 
-    def __init__(self, width, height, data):
+    def __init__(self, width, height, array, owner):
         self.width = width
         self.height = height
-        self._data = data  # a bytearray of width x height x 4 bytes
-        self._address = ctypes.addressof(ctypes.c_char.from_buffer(data)) if data else 0
+        self._array = array  # a ctypes array of width x height x 4 bytes
+        self._owner = owner  # what keeps the memory alive
         self.seals = []
         self.warnings = []
         self.kind = None
+
+    @classmethod
+    def _wrap(cls, address, width, height, owner):
+        array = (ctypes.c_uint8 * (width * height * 4)).from_address(address)
+        array.owner = owner  # views of the array keep the memory alive
+        return cls(width, height, array, owner)
 
     @property
     def stride(self):
@@ -380,7 +404,7 @@ class Image:
 
     @property
     def buffer(self):
-        return memoryview(self._data).cast("B", (self.height, self.width, 4))
+        return memoryview(self._array).cast("B", (self.height, self.width, 4))
 
     def __buffer__(self, flags):
         return self.buffer
@@ -388,27 +412,26 @@ class Image:
     @property
     def __array_interface__(self):
         return {"version": 3, "shape": (self.height, self.width, 4), "typestr": "|u1",
-                "data": (self._address, False)}
+                "data": (ctypes.addressof(self._array), False)}
 
     def __bytes__(self):
-        return bytes(self._data)
+        return bytes(self._array)
 
     def __len__(self):
-        return len(self._data)
+        return len(self._array)
 
     def pixel(self, x, y):
         """(r, g, b, a) at column x, row y."""
         if not (0 <= x < self.width and 0 <= y < self.height):
             raise IndexError(f"({x}, {y}) is outside {self.width} x {self.height}")
         i = (y * self.width + x) * 4
-        return tuple(self._data[i:i + 4])
+        return tuple(self._array[i:i + 4])
 
     def to_png(self):
         """The picture as PNG file bytes (RGBA)."""
         out = _u8_p()
         size = ctypes.c_size_t()
-        buf = (ctypes.c_char * len(self._data)).from_buffer(self._data)
-        _check(_lib.tarvik_encode_png(buf, self.width, self.height, 0, ctypes.byref(out),
+        _check(_lib.tarvik_encode_png(self._array, self.width, self.height, 0, ctypes.byref(out),
                                       ctypes.byref(size)))
         return _take_bytes(out, size)
 
@@ -526,21 +549,18 @@ class Document:
         `color`: "as decoded", "grey" or "black" (seals); `background`:
         0xAARRGGBB. img.seals says what happened to each seal."""
         options = _render_options(dpi, seals, cross, cross_invalid, color, background)
-        w, h = ctypes.c_int(), ctypes.c_int()
+        image = _c_image_p()
         report = _c_report_p()
-        handle = self._enter()
-        try:
-            _check(_lib.tarvik_pixel_size(handle, int(page), float(dpi), ctypes.byref(w), ctypes.byref(h)))
-            data = bytearray(w.value * h.value * 4)
-            buf = (ctypes.c_char * len(data)).from_buffer(data)
-            _check(_lib.tarvik_render_rgba(handle, int(page), ctypes.byref(options), buf, len(data), 0,
-                                           ctypes.byref(w), ctypes.byref(h), ctypes.byref(report)))
-            del buf
-        finally:
-            self._leave()
-        image = Image(w.value, h.value, data)
-        image.seals, image.warnings = _report(report.value)
-        return image
+        self._call(_lib.tarvik_render_image, int(page), ctypes.byref(options), ctypes.byref(image),
+                   ctypes.byref(report))
+        owner = _Owned(image.value, _lib.tarvik_image_free)
+        pixels = _u8_p()
+        w, h, stride = ctypes.c_int(), ctypes.c_int(), ctypes.c_int()
+        _check(_lib.tarvik_image_pixels(image, ctypes.byref(pixels), ctypes.byref(w), ctypes.byref(h),
+                                        ctypes.byref(stride)))
+        result = Image._wrap(ctypes.addressof(pixels.contents), w.value, h.value, owner)
+        result.seals, result.warnings = _report(report.value)
+        return result
 
     def render_png(self, page, dpi=150, **options):
         """Page `page` as PNG file bytes; options as for render()."""
@@ -605,10 +625,7 @@ def decode_seal(data, *, dpi=300, width=0, height=0, cross=False, color="as deco
     w, h, kind = ctypes.c_int(), ctypes.c_int(), ctypes.c_int()
     _check(_lib.tarvik_decode_seal(data, len(data), ctypes.byref(o), ctypes.byref(out), ctypes.byref(w),
                                    ctypes.byref(h), ctypes.byref(kind)))
-    try:
-        pixels = bytearray(ctypes.string_at(out, w.value * h.value * 4))
-    finally:
-        _lib.tarvik_free(out)
-    image = Image(w.value, h.value, pixels)
+    image = Image._wrap(ctypes.addressof(out.contents), w.value, h.value,
+                        _Owned(ctypes.cast(out, ctypes.c_void_p).value, _lib.tarvik_free))
     image.kind = SealKind(kind.value)
     return image

@@ -1,6 +1,7 @@
 """The Python module against the bundled samples: rendering, bytes input,
 errors, signatures, the numpy view and threads."""
 
+import gc
 import os
 import subprocess
 import tempfile
@@ -139,6 +140,12 @@ def test_numpy_view_shares_the_pixels(doc):
     arr[0, 0] = (1, 2, 3, 4)  # a view: the image sees the write
     assert img.pixel(0, 0) == (1, 2, 3, 4)
     assert img.buffer.shape == (img.height, img.width, 4)
+    # Views outlive the image object.
+    expected = bytes(img)
+    view, arr = img.buffer, numpy.asarray(img)
+    del img
+    gc.collect()
+    assert view.tobytes() == expected and arr.tobytes() == expected
 
 
 def test_two_threads_render_identical_pages(doc):

@@ -49,6 +49,7 @@ static void test_library(void) {
   tarvik_free(NULL);
   tarvik_close(NULL);
   tarvik_report_free(NULL);
+  tarvik_image_free(NULL);
 }
 
 /* Every entry point refuses null handles and pointers without crashing. */
@@ -76,6 +77,7 @@ static void test_null_arguments(void) {
   CHECK_FAILS(tarvik_pixel_size(NULL, 0, 150, &w, &h), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_render_rgba(NULL, 0, NULL, pixel, sizeof pixel, 0, &w, &h, NULL), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_render_png(NULL, 0, NULL, &bytes, &size, NULL), TARVIK_BAD_ARGUMENT);
+  CHECK_FAILS(tarvik_render_image(NULL, 0, NULL, (tarvik_image**)&bytes, NULL), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_encode_png(NULL, 1, 1, 0, &bytes, &size), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_signature_count(NULL, &n), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_signature_info(NULL, 0, &sig), TARVIK_BAD_ARGUMENT);
@@ -132,6 +134,9 @@ static void test_signed_sample(const char* source) {
   size_t png_size = 0, png2_size = 0, bytes;
   unsigned char small[16];
   const char* text = NULL;
+  tarvik_image* image = NULL;
+  uint8_t* pixels = NULL;
+  int stride = 0;
 
   snprintf(path, sizeof path, "%s/testdata/signed_v4_png.ofd", source);
   tarvik_open_options_init(&open_options);
@@ -183,6 +188,15 @@ static void test_signed_sample(const char* source) {
   CHECK(strcmp(seal.stamp_id, stamp.id) == 0);
   CHECK_FAILS(tarvik_report_seal(report, 1, &seal), TARVIK_OUT_OF_RANGE);
   tarvik_report_free(report);
+
+  /* The library-allocated picture holds the same pixels. */
+  CHECK(tarvik_render_image(doc, 0, &options, &image, NULL) == TARVIK_OK);
+  CHECK(tarvik_image_pixels(image, &pixels, &w, &h, &stride) == TARVIK_OK);
+  CHECK(w == pw && h == ph && stride == pw * 4 && memcmp(pixels, rgba, bytes) == 0);
+  tarvik_image_free(image);
+  CHECK_FAILS(tarvik_render_image(doc, 2, &options, &image, NULL), TARVIK_PAGE_OUT_OF_RANGE);
+  CHECK(image == NULL);
+  CHECK_FAILS(tarvik_image_pixels(NULL, &pixels, &w, &h, &stride), TARVIK_BAD_ARGUMENT);
 
   /* The PNG render decodes to the same pixels; so does encoding them. */
   CHECK(tarvik_render_png(doc, 0, &options, &png, &png_size, NULL) == TARVIK_OK);

@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""The Python module's speed against the C++ render, measured in one run.
+
+  1. Overhead: doc.render(0, dpi=150) against the bare C call it makes
+     (tarvik_render_rgba into a ready buffer through ctypes), alternated call
+     by call in this process so that both see the same machine load; and the
+     C call against the document library's RenderPage (tarvik_capi_bench,
+     same run). Their product is the overhead over the C++ render.
+  2. Threads: pages per second with two Python threads against one, the share
+     of time both threads were inside the library at once (near 100 % when
+     the GIL is released; near 0 when not), and the C++ threads' ratio on
+     the same machine.
+
+  PYTHONPATH=build/python python3 bench/python_bench.py [build-dir] [file.ofd]
+"""
+
+import ctypes
+import json
+import os
+import statistics
+import subprocess
+import sys
+import threading
+import time
+
+import tarvik
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+BUILD = sys.argv[1] if len(sys.argv) > 1 else os.path.join(HERE, "..", "build")
+INVOICE = os.path.join(HERE, "..", "..", "shared", "fixtures", "ofd", "ofdrw__fapiao_shili.ofd")
+FILE = sys.argv[2] if len(sys.argv) > 2 else (
+    INVOICE if os.path.exists(INVOICE) else os.path.join(HERE, "..", "testdata", "signed_v4_png.ofd"))
+CPP_BENCH = os.path.join(BUILD, "bench", "tarvik_capi_bench")
+DPI = 150
+CALLS = 60
+med = statistics.median
+
+
+def cpp(filter_, repetitions=5):
+    """{benchmark name: median real ms} of the C++ benchmark."""
+    out = subprocess.run([CPP_BENCH, f"--benchmark_filter={filter_}", "--benchmark_min_time=0.3",
+                          f"--benchmark_repetitions={repetitions}", "--benchmark_format=json"],
+                         check=True, capture_output=True, text=True,
+                         env=dict(os.environ, TARVIK_BENCH_OFD=FILE)).stdout
+    runs = {}
+    for b in json.loads(out)["benchmarks"]:
+        if b.get("run_type") == "iteration":
+            runs.setdefault(b["run_name"], []).append(b["real_time"])
+    return {name: med(times) for name, times in runs.items()}
+
+
+def overhead(doc):
+    """Median ms of the bare C call and of doc.render, alternated."""
+    lib = tarvik._lib
+    options = tarvik._render_options(DPI, True, False, True, "as decoded", 0xFFFFFFFF)
+    w, h = doc.pixel_size(0, DPI)
+    data = bytearray(w * h * 4)
+    buf = (ctypes.c_char * len(data)).from_buffer(data)
+    cw, ch = ctypes.c_int(), ctypes.c_int()
+    bare, module = [], []
+    for _ in range(CALLS):
+        start = time.perf_counter()
+        lib.tarvik_render_rgba(doc._handle, 0, ctypes.byref(options), buf, len(data), 0,
+                               ctypes.byref(cw), ctypes.byref(ch), None)
+        bare.append(time.perf_counter() - start)
+        start = time.perf_counter()
+        doc.render(0, dpi=DPI)
+        module.append(time.perf_counter() - start)
+    return med(bare) * 1e3, med(module) * 1e3
+
+
+def throughput(doc, threads, renders_each=10):
+    """Pages per second with `threads` threads at once, and the share of the
+    time when all of them were inside a render."""
+    barrier = threading.Barrier(threads + 1)
+    spans = [[] for _ in range(threads)]
+
+    def work(mine):
+        barrier.wait()
+        for _ in range(renders_each):
+            start = time.perf_counter()
+            doc.render(0, dpi=DPI)
+            mine.append((start, time.perf_counter()))
+
+    pool = [threading.Thread(target=work, args=(spans[i],)) for i in range(threads)]
+    for t in pool:
+        t.start()
+    barrier.wait()
+    start = time.perf_counter()
+    for t in pool:
+        t.join()
+    elapsed = time.perf_counter() - start
+    together = 0.0
+    if threads == 2:
+        for a0, a1 in spans[0]:
+            for b0, b1 in spans[1]:
+                together += max(0.0, min(a1, b1) - max(a0, b0))
+    return threads * renders_each / elapsed, together / elapsed
+
+
+def main():
+    doc = tarvik.open(FILE)
+    w, h = doc.pixel_size(0, DPI)
+    print(f"{os.path.basename(FILE)}: page 1 at {DPI} dpi, {w} x {h} pixels, {os.cpu_count()} cores, "
+          f"load {os.getloadavg()[0]:.1f}")
+    doc.render(0, dpi=DPI)  # warm caches (fonts, seal pictures)
+
+    bare, module = overhead(doc)
+    times = cpp("BM_RenderPage(Cpp|CApi)/")
+    c_cpp, c_capi = times["BM_RenderPageCpp/real_time"], times["BM_RenderPageCApi/real_time"]
+    print(f"C++ RenderPage {c_cpp:.2f} ms, C call {c_capi:.2f} ms: C interface {100 * (c_capi / c_cpp - 1):+.1f} %")
+    print(f"C call via ctypes {bare:.2f} ms, doc.render {module:.2f} ms: module {100 * (module / bare - 1):+.1f} %")
+    print(f"Python over C++: {100 * (module / bare * c_capi / c_cpp - 1):+.1f} %")
+
+    one = med([throughput(doc, 1)[0] for _ in range(3)])
+    runs = [throughput(doc, 2) for _ in range(3)]
+    two, together = med(r[0] for r in runs), med(r[1] for r in runs)
+    print(f"Python threads: 1 -> {one:.1f} pages/s, 2 -> {two:.1f} pages/s: {two / one:.2f}x; "
+          f"both inside the library {100 * together:.0f} % of the time")
+    t = cpp("BM_RenderPageCppThreads/", repetitions=3)
+    c1, c2 = t["BM_RenderPageCppThreads/real_time/threads:1"], t["BM_RenderPageCppThreads/real_time/threads:2"]
+    print(f"C++ threads, same machine: {2 * c1 / c2:.2f}x")
+    doc.close()
+
+
+if __name__ == "__main__":
+    main()
