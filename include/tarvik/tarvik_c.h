@@ -102,14 +102,16 @@ TARVIK_C_API const char* tarvik_version(void);
 /* TARVIK_C_API_VERSION of the library loaded at run time. Thread-safe. */
 TARVIK_C_API int tarvik_api_version(void);
 /* The reason of the last failed call on this thread; "" after a successful
- * one. Valid until the thread's next call into the library. */
+ * call that returns a status. Valid until the thread's next call into the
+ * library. Thread-safe: each thread has its own. */
 TARVIK_C_API const char* tarvik_last_error(void);
 /* A short fixed name ("ok", "page out of range", ...); "unknown status" for
  * numbers not listed. Thread-safe. */
 TARVIK_C_API const char* tarvik_status_name(int status);
 /* "not checked", "valid", "intact", "invalid", "unknown". Thread-safe. */
 TARVIK_C_API const char* tarvik_verdict_name(int verdict);
-/* Releases memory this library allocated for the caller; null is ignored. */
+/* Releases memory this library allocated for the caller; null is ignored.
+ * Thread-safe (each block released once). */
 TARVIK_C_API void tarvik_free(void* memory);
 
 /* ---- Documents -------------------------------------------------------- */
@@ -121,7 +123,7 @@ typedef struct tarvik_open_options {
   const char* trust_anchors; /* a PEM file or a directory of PEM files; NULL: none */
 } tarvik_open_options;
 
-/* Fills `options` with the defaults above. */
+/* Fills `options` with the defaults above. Thread-safe. */
 TARVIK_C_API void tarvik_open_options_init(tarvik_open_options* options);
 
 /* Opens the OFD file at `path`; `options` NULL for the defaults. On success
@@ -129,18 +131,23 @@ TARVIK_C_API void tarvik_open_options_init(tarvik_open_options* options);
  * receives NULL. Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_open(const char* path, const tarvik_open_options* options,
                                        tarvik_document** document);
-/* The same for an OFD package held in memory (the bytes are copied). */
+/* The same for an OFD package held in memory (the bytes are copied; the
+ * caller may release them on return). Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_open_memory(const void* data, size_t size,
                                               const tarvik_open_options* options,
                                               tarvik_document** document);
-/* Releases a document; NULL is ignored. Must not overlap other calls on it. */
+/* Releases a document; NULL is ignored. Not thread-safe for that document:
+ * no other call on it may overlap. */
 TARVIK_C_API void tarvik_close(tarvik_document* document);
 
+/* Number of pages. Thread-safe, also on one document from several threads
+ * (as are all the document calls below, rendering included). */
 TARVIK_C_API tarvik_status tarvik_page_count(const tarvik_document* document, int* count);
-/* Page size in millimetres. */
+/* Page size in millimetres. Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_page_size(const tarvik_document* document, int page,
                                             double* width_mm, double* height_mm);
-/* Pixel size of a page rendered at `dpi`: millimetres x dpi / 25.4, truncated. */
+/* Pixel size of a page rendered at `dpi`: millimetres x dpi / 25.4,
+ * truncated. Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_pixel_size(const tarvik_document* document, int page, double dpi,
                                              int* width, int* height);
 
@@ -156,7 +163,7 @@ typedef struct tarvik_render_options {
   int color_mode;      /* TARVIK_COLOR_*; TARVIK_COLOR_AS_DECODED */
 } tarvik_render_options;
 
-/* Fills `options` with the defaults above. */
+/* Fills `options` with the defaults above. Thread-safe. */
 TARVIK_C_API void tarvik_render_options_init(tarvik_render_options* options);
 
 /* Renders `page` (options NULL: the defaults) into the caller's RGBA buffer
@@ -164,28 +171,31 @@ TARVIK_C_API void tarvik_render_options_init(tarvik_render_options* options);
  * *height receive the pixel size (also on TARVIK_BUFFER_TOO_SMALL, so that
  * the caller can allocate and retry; tarvik_pixel_size tells it beforehand).
  * `report`, when not NULL, receives what happened to the page's seals (on
- * success only; release it with tarvik_report_free). */
+ * success only; release it with tarvik_report_free). Thread-safe: threads
+ * may render pages of one document at once, into different buffers. */
 TARVIK_C_API tarvik_status tarvik_render_rgba(const tarvik_document* document, int page,
                                               const tarvik_render_options* options, uint8_t* buffer,
                                               size_t buffer_size, int stride, int* width, int* height,
                                               tarvik_report** report);
 /* Renders `page` into a new RGBA picture the library allocates (the
  * fastest way: no copy of the pixels); read it with tarvik_image_pixels and
- * release it with tarvik_image_free. `report` as above. */
+ * release it with tarvik_image_free. `report` as above. Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_render_image(const tarvik_document* document, int page,
                                                const tarvik_render_options* options,
                                                tarvik_image** image, tarvik_report** report);
 /* The picture's RGBA pixels (the caller may change them), its size and its
- * bytes per row. Valid until tarvik_image_free. */
+ * bytes per row. Valid until tarvik_image_free. Thread-safe; an image is
+ * freed once, after every other use of it. */
 TARVIK_C_API tarvik_status tarvik_image_pixels(const tarvik_image* image, uint8_t** pixels,
                                                int* width, int* height, int* stride);
 TARVIK_C_API void tarvik_image_free(tarvik_image* image);
 /* Renders `page` into a new PNG file image (32-bit RGBA): *png receives the
- * bytes (release with tarvik_free), *size their count. */
+ * bytes (release with tarvik_free), *size their count. Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_render_png(const tarvik_document* document, int page,
                                              const tarvik_render_options* options, uint8_t** png,
                                              size_t* size, tarvik_report** report);
-/* Encodes an RGBA picture (`stride` bytes per row, 0: width x 4) as PNG. */
+/* Encodes an RGBA picture (`stride` bytes per row, 0: width x 4) as PNG.
+ * Thread-safe. */
 TARVIK_C_API tarvik_status tarvik_encode_png(const uint8_t* rgba, int width, int height, int stride,
                                              uint8_t** png, size_t* size);
 
@@ -199,7 +209,8 @@ typedef struct tarvik_seal_result {
   const char* reason;   /* why it was not drawn; "" when drawn */
 } tarvik_seal_result;
 
-/* Number of seal annotations of the rendered page. */
+/* Number of seal annotations of the rendered page. The report calls are
+ * thread-safe; tarvik_report_free must come after every other use. */
 TARVIK_C_API tarvik_status tarvik_report_seal_count(const tarvik_report* report, int* count);
 /* Seal result `index`; strings valid until tarvik_report_free. Set
  * result->struct_size = sizeof *result first. */
@@ -265,7 +276,8 @@ typedef struct tarvik_check {
 } tarvik_check;
 
 TARVIK_C_API tarvik_status tarvik_signature_count(const tarvik_document* document, int* count);
-/* Set out->struct_size = sizeof *out first (likewise for stamps and checks). */
+/* Signature `index`. Set out->struct_size = sizeof *out first (likewise for
+ * stamps and checks). The signature calls are thread-safe. */
 TARVIK_C_API tarvik_status tarvik_signature_info(const tarvik_document* document, int index,
                                             tarvik_signature* out);
 TARVIK_C_API tarvik_status tarvik_signature_stamp(const tarvik_document* document, int signature,
@@ -288,6 +300,7 @@ typedef struct tarvik_seal_options {
   int color_mode; /* TARVIK_COLOR_* */
 } tarvik_seal_options;
 
+/* Fills `options` with the defaults above. Thread-safe. */
 TARVIK_C_API void tarvik_seal_options_init(tarvik_seal_options* options);
 
 /* Decodes a seal picture, OFD seal package, seal file or signed value into a
