@@ -55,6 +55,7 @@ static void test_library(void) {
 /* Every entry point refuses null handles and pointers without crashing. */
 static void test_null_arguments(void) {
   tarvik_document* doc = (tarvik_document*)1;
+  tarvik_image* image = (tarvik_image*)1;
   int n = 0, w = 0, h = 0;
   double mw = 0, mh = 0;
   unsigned char pixel[4];
@@ -77,7 +78,8 @@ static void test_null_arguments(void) {
   CHECK_FAILS(tarvik_pixel_size(NULL, 0, 150, &w, &h), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_render_rgba(NULL, 0, NULL, pixel, sizeof pixel, 0, &w, &h, NULL), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_render_png(NULL, 0, NULL, &bytes, &size, NULL), TARVIK_BAD_ARGUMENT);
-  CHECK_FAILS(tarvik_render_image(NULL, 0, NULL, (tarvik_image**)&bytes, NULL), TARVIK_BAD_ARGUMENT);
+  CHECK_FAILS(tarvik_render_image(NULL, 0, NULL, &image, NULL), TARVIK_BAD_ARGUMENT);
+  CHECK(image == NULL);
   CHECK_FAILS(tarvik_encode_png(NULL, 1, 1, 0, &bytes, &size), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_signature_count(NULL, &n), TARVIK_BAD_ARGUMENT);
   CHECK_FAILS(tarvik_signature_info(NULL, 0, &sig), TARVIK_BAD_ARGUMENT);
