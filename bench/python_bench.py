@@ -2,10 +2,11 @@
 """The Python module's speed against the C++ render, measured in one run.
 
   1. Overhead: doc.render(0, dpi=150) against the bare C call it makes
-     (tarvik_render_rgba into a ready buffer through ctypes), alternated call
-     by call in this process so that both see the same machine load; and the
-     C call against the document library's RenderPage (tarvik_capi_bench,
-     same run). Their product is the overhead over the C++ render.
+     (tarvik_render_image through ctypes), alternated call by call in this
+     process so that both see the same machine load; and that C call against
+     the document library's RenderPage (tarvik_capi_bench, same run, its
+     repetitions interleaved). Their product is the overhead over the C++
+     render. Wall time and CPU time (the latter is steadier on a busy machine).
   2. Threads: pages per second with two Python threads against one, the share
      of time both threads were inside the library at once (near 100 % when
      the GIL is released; near 0 when not), and the C++ threads' ratio on
@@ -36,37 +37,35 @@ CALLS = 60
 med = statistics.median
 
 
-def cpp(filter_, repetitions=5):
-    """{benchmark name: median real ms} of the C++ benchmark."""
+def cpp(filter_, repetitions=6):
+    """{benchmark name: (median real ms, median cpu ms)} of the C++ benchmark."""
     out = subprocess.run([CPP_BENCH, f"--benchmark_filter={filter_}", "--benchmark_min_time=0.3",
-                          f"--benchmark_repetitions={repetitions}", "--benchmark_format=json"],
-                         check=True, capture_output=True, text=True,
+                          f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true",
+                          "--benchmark_format=json"], check=True, capture_output=True, text=True,
                          env=dict(os.environ, TARVIK_BENCH_OFD=FILE)).stdout
     runs = {}
     for b in json.loads(out)["benchmarks"]:
         if b.get("run_type") == "iteration":
-            runs.setdefault(b["run_name"], []).append(b["real_time"])
-    return {name: med(times) for name, times in runs.items()}
+            runs.setdefault(b["run_name"], []).append((b["real_time"], b["cpu_time"]))
+    return {name: (med(r for r, _ in times), med(c for _, c in times)) for name, times in runs.items()}
 
 
 def overhead(doc):
-    """Median ms of the bare C call and of doc.render, alternated."""
+    """(real, cpu) median ms of the bare C call and of doc.render, alternated."""
     lib = tarvik._lib
     options = tarvik._render_options(DPI, True, False, True, "as decoded", 0xFFFFFFFF)
-    w, h = doc.pixel_size(0, DPI)
-    data = bytearray(w * h * 4)
-    buf = (ctypes.c_char * len(data)).from_buffer(data)
-    cw, ch = ctypes.c_int(), ctypes.c_int()
+    image = ctypes.c_void_p()
     bare, module = [], []
     for _ in range(CALLS):
-        start = time.perf_counter()
-        lib.tarvik_render_rgba(doc._handle, 0, ctypes.byref(options), buf, len(data), 0,
-                               ctypes.byref(cw), ctypes.byref(ch), None)
-        bare.append(time.perf_counter() - start)
-        start = time.perf_counter()
-        doc.render(0, dpi=DPI)
-        module.append(time.perf_counter() - start)
-    return med(bare) * 1e3, med(module) * 1e3
+        start, cpu = time.perf_counter(), time.thread_time()
+        lib.tarvik_render_image(doc._handle, 0, ctypes.byref(options), ctypes.byref(image), None)
+        lib.tarvik_image_free(image)
+        bare.append((time.perf_counter() - start, time.thread_time() - cpu))
+        start, cpu = time.perf_counter(), time.thread_time()
+        img = doc.render(0, dpi=DPI)
+        del img
+        module.append((time.perf_counter() - start, time.thread_time() - cpu))
+    return tuple(tuple(med(x[i] for x in runs) * 1e3 for i in (0, 1)) for runs in (bare, module))
 
 
 def throughput(doc, threads, renders_each=10):
@@ -105,12 +104,20 @@ def main():
           f"load {os.getloadavg()[0]:.1f}")
     doc.render(0, dpi=DPI)  # warm caches (fonts, seal pictures)
 
-    bare, module = overhead(doc)
-    times = cpp("BM_RenderPage(Cpp|CApi)/")
-    c_cpp, c_capi = times["BM_RenderPageCpp/real_time"], times["BM_RenderPageCApi/real_time"]
-    print(f"C++ RenderPage {c_cpp:.2f} ms, C call {c_capi:.2f} ms: C interface {100 * (c_capi / c_cpp - 1):+.1f} %")
-    print(f"C call via ctypes {bare:.2f} ms, doc.render {module:.2f} ms: module {100 * (module / bare - 1):+.1f} %")
-    print(f"Python over C++: {100 * (module / bare * c_capi / c_cpp - 1):+.1f} %")
+    (bare, bare_cpu), (module, module_cpu) = overhead(doc)
+    times = cpp("BM_RenderPage(Cpp|CApiImage)/")
+    (c_cpp, c_cpp_cpu), (c_capi, c_capi_cpu) = times["BM_RenderPageCpp/real_time"], \
+        times["BM_RenderPageCApiImage/real_time"]
+
+    def pct(a, b):
+        return f"{100 * (a / b - 1):+.1f} %"
+
+    print(f"C++ RenderPage {c_cpp:.2f} ms ({c_cpp_cpu:.2f} cpu), tarvik_render_image {c_capi:.2f} ms "
+          f"({c_capi_cpu:.2f} cpu): C interface {pct(c_capi, c_cpp)} ({pct(c_capi_cpu, c_cpp_cpu)} cpu)")
+    print(f"tarvik_render_image via ctypes {bare:.2f} ms ({bare_cpu:.2f} cpu), doc.render {module:.2f} ms "
+          f"({module_cpu:.2f} cpu): module {pct(module, bare)} ({pct(module_cpu, bare_cpu)} cpu)")
+    print(f"Python over C++: {pct(module / bare * c_capi, c_cpp)} wall, "
+          f"{pct(module_cpu / bare_cpu * c_capi_cpu, c_cpp_cpu)} cpu")
 
     one = med([throughput(doc, 1)[0] for _ in range(3)])
     runs = [throughput(doc, 2) for _ in range(3)]
@@ -118,7 +125,7 @@ def main():
     print(f"Python threads: 1 -> {one:.1f} pages/s, 2 -> {two:.1f} pages/s: {two / one:.2f}x; "
           f"both inside the library {100 * together:.0f} % of the time")
     t = cpp("BM_RenderPageCppThreads/", repetitions=3)
-    c1, c2 = t["BM_RenderPageCppThreads/real_time/threads:1"], t["BM_RenderPageCppThreads/real_time/threads:2"]
+    c1, c2 = t["BM_RenderPageCppThreads/real_time/threads:1"][0], t["BM_RenderPageCppThreads/real_time/threads:2"][0]
     print(f"C++ threads, same machine: {2 * c1 / c2:.2f}x")
     doc.close()
 

@@ -139,9 +139,21 @@ bool ToViewer(const tarvik_render_options* in, viewer::RenderOptions& out) {
   return true;
 }
 
-// 0xAARRGGBB stored little-endian (B, G, R, A) to R, G, B, A.
+// Four 32-bit lanes (SSE2 and the like; both compilers we build with know
+// the vector extension).
+typedef uint32_t Pixels4 __attribute__((vector_size(16)));
+
+// 0xAARRGGBB stored little-endian (B, G, R, A) to R, G, B, A: bytes 0 and
+// 2 of each pixel trade places, four pixels per step. `in` may be `out`.
 void BgraToRgba(const uint8_t* in, uint8_t* out, int width) {
-  for (int x = 0; x < width; ++x) {
+  int x = 0;
+  for (; x + 4 <= width; x += 4) {
+    Pixels4 p;
+    std::memcpy(&p, in + 4 * x, sizeof p);
+    p = (p & 0xFF00FF00u) | ((p >> 16) & 0xFFu) | ((p & 0xFFu) << 16);
+    std::memcpy(out + 4 * x, &p, sizeof p);
+  }
+  for (; x < width; ++x) {
     uint32_t p;
     std::memcpy(&p, in + 4 * x, 4);
     p = (p & 0xFF00FF00u) | ((p >> 16) & 0xFFu) | ((p & 0xFFu) << 16);

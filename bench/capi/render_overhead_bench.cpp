@@ -1,6 +1,6 @@
 // What the C interface adds to a page render: the document library's
 // RenderPage (the baseline) beside tarvik_render_rgba (render, then BGRA to
-// RGBA into the caller's buffer), at 150 dpi. bench/python_bench.py runs the
+// RGBA into the caller's buffer) and tarvik_render_image, at 150 dpi. bench/python_bench.py runs the
 // baseline to measure the Python module against it.
 //   tarvik_capi_bench [--benchmark_filter=...]   (TARVIK_BENCH_OFD=file to choose the page)
 #include <benchmark/benchmark.h>
@@ -74,5 +74,25 @@ void BM_RenderPageCApi(benchmark::State& state) {
   tarvik_close(doc);
 }
 BENCHMARK(BM_RenderPageCApi)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The picture the library allocates, converted in place (what Python uses).
+void BM_RenderPageCApiImage(benchmark::State& state) {
+  tarvik_document* doc = nullptr;
+  if (tarvik_open(PagePath().c_str(), nullptr, &doc) != TARVIK_OK) {
+    state.SkipWithError(tarvik_last_error());
+    return;
+  }
+  for (auto _ : state) {
+    tarvik_image* image = nullptr;
+    if (tarvik_render_image(doc, 0, nullptr, &image, nullptr) != TARVIK_OK) {
+      state.SkipWithError(tarvik_last_error());
+      break;
+    }
+    benchmark::DoNotOptimize(image);
+    tarvik_image_free(image);
+  }
+  tarvik_close(doc);
+}
+BENCHMARK(BM_RenderPageCApiImage)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
