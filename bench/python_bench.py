@@ -9,8 +9,10 @@
      render. Wall time and CPU time (the latter is steadier on a busy machine).
   2. Threads: pages per second with two Python threads against one, the share
      of time both threads were inside the library at once (near 100 % when
-     the GIL is released; near 0 when not), and the C++ threads' ratio on
-     the same machine.
+     the GIL is released; near 0 when not), the share of their time the
+     threads were blocked rather than running or queued for a core (near 0
+     when nothing serialises them, so that they scale with free cores), and
+     the C++ threads' ratio on the same machine.
 
   PYTHONPATH=build/python python3 bench/python_bench.py [build-dir] [file.ofd]
 """
@@ -68,18 +70,36 @@ def overhead(doc):
     return tuple(tuple(med(x[i] for x in runs) * 1e3 for i in (0, 1)) for runs in (bare, module))
 
 
+def schedstat():
+    """(ns on a core, ns runnable but waiting for one) of the calling thread;
+    None where /proc does not tell."""
+    try:
+        with open(f"/proc/self/task/{threading.get_native_id()}/schedstat") as f:
+            running, waiting, _ = f.read().split()
+        return int(running), int(waiting)
+    except OSError:
+        return None
+
+
 def throughput(doc, threads, renders_each=10):
-    """Pages per second with `threads` threads at once, and the share of the
-    time when all of them were inside a render."""
+    """Pages per second with `threads` threads at once; the share of the time
+    when all of them were inside a render; and the share of the threads' time
+    spent blocked (neither on a core nor waiting for one: locks, the GIL)."""
     barrier = threading.Barrier(threads + 1)
     spans = [[] for _ in range(threads)]
+    blocked = []
 
     def work(mine):
         barrier.wait()
+        begin, stat = time.perf_counter(), schedstat()
         for _ in range(renders_each):
             start = time.perf_counter()
             doc.render(0, dpi=DPI)
             mine.append((start, time.perf_counter()))
+        end = schedstat()
+        if stat and end:
+            wall = (time.perf_counter() - begin) * 1e9
+            blocked.append(max(0.0, 1 - (end[0] - stat[0] + end[1] - stat[1]) / wall))
 
     pool = [threading.Thread(target=work, args=(spans[i],)) for i in range(threads)]
     for t in pool:
@@ -94,7 +114,7 @@ def throughput(doc, threads, renders_each=10):
         for a0, a1 in spans[0]:
             for b0, b1 in spans[1]:
                 together += max(0.0, min(a1, b1) - max(a0, b0))
-    return threads * renders_each / elapsed, together / elapsed
+    return threads * renders_each / elapsed, together / elapsed, (med(blocked) if blocked else float("nan"))
 
 
 def main():
@@ -121,9 +141,10 @@ def main():
 
     one = med([throughput(doc, 1)[0] for _ in range(3)])
     runs = [throughput(doc, 2) for _ in range(3)]
-    two, together = med(r[0] for r in runs), med(r[1] for r in runs)
+    two, together, blocked = (med(r[i] for r in runs) for i in range(3))
     print(f"Python threads: 1 -> {one:.1f} pages/s, 2 -> {two:.1f} pages/s: {two / one:.2f}x; "
-          f"both inside the library {100 * together:.0f} % of the time")
+          f"both inside the library {100 * together:.0f} % of the time; "
+          f"threads blocked {100 * blocked:.0f} % of their time (the rest on a core or waiting for one)")
     t = cpp("BM_RenderPageCppThreads/", repetitions=3)
     c1, c2 = t["BM_RenderPageCppThreads/real_time/threads:1"][0], t["BM_RenderPageCppThreads/real_time/threads:2"][0]
     print(f"C++ threads, same machine: {2 * c1 / c2:.2f}x")
