@@ -558,6 +558,8 @@ class Document:
         w, h, stride = ctypes.c_int(), ctypes.c_int(), ctypes.c_int()
         _check(_lib.tarvik_image_pixels(image, ctypes.byref(pixels), ctypes.byref(w), ctypes.byref(h),
                                         ctypes.byref(stride)))
+        if stride.value != w.value * 4:
+            raise InternalError(f"rows of {stride.value} bytes for {w.value} pixels", 102)
         result = Image._wrap(ctypes.addressof(pixels.contents), w.value, h.value, owner)
         result.seals, result.warnings = _report(report.value)
         return result
