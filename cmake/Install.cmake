@@ -1,18 +1,19 @@
-# Installs the three libraries, the public headers, the tarvik program, a
-# CMake package (find_package(tarvik CONFIG): tarvik::host, tarvik::tarvik,
-# tarvik::viewer) and pkg-config files (tarvik-host, tarvik, tarvik-viewer).
+# Installs the libraries, the public headers, the tarvik program, a CMake
+# package (find_package(tarvik CONFIG): tarvik::host, tarvik::tarvik,
+# tarvik::viewer, tarvik::c) and pkg-config files (tarvik-host, tarvik,
+# tarvik-viewer, tarvik-c).
 include(CMakePackageConfigHelpers)
 
 set(TARVIK_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tarvik)
 
 # Installed libraries find each other, and the program finds them, wherever
 # the prefix is.
-set_target_properties(tarvikhost tarvik tarvikviewer PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(tarvikhost tarvik tarvikviewer tarvik_c PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET tarvik_cli)
   set_target_properties(tarvik_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-install(TARGETS tarvikhost tarvik tarvikviewer EXPORT tarvikTargets
+install(TARGETS tarvikhost tarvik tarvikviewer tarvik_c EXPORT tarvikTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -56,7 +57,7 @@ set(TARVIK_PC_PREFIX "\${pcfiledir}")
 foreach(part IN LISTS TARVIK_PC_PARTS)
   string(APPEND TARVIK_PC_PREFIX "/..")
 endforeach()
-foreach(pc tarvik-host tarvik tarvik-viewer)
+foreach(pc tarvik-host tarvik tarvik-viewer tarvik-c)
   configure_file(cmake/${pc}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
