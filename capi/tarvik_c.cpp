@@ -392,7 +392,7 @@ tarvik_status tarvik_render_png(const tarvik_document* document, int page, const
     }
     std::unique_ptr<tarvik_report> owned(made);
     std::string bytes;
-    if (!host::EncodePng(*dib, bytes)) return Fail(TARVIK_OUT_OF_MEMORY, "cannot encode the page as PNG");
+    if (!host::EncodePng(*dib, bytes, true)) return Fail(TARVIK_OUT_OF_MEMORY, "cannot encode the page as PNG");
     if (tarvik_status s = CopyToMalloc(bytes, png, size); s != TARVIK_OK) return s;
     if (report) *report = owned.release();
     return Ok();
@@ -417,7 +417,7 @@ tarvik_status tarvik_encode_png(const uint8_t* rgba, int width, int height, int 
     if (!dib) return Fail(TARVIK_OUT_OF_MEMORY, "out of memory");
     for (int y = 0; y < height; ++y) RgbaToBgra(rgba + pitch * static_cast<size_t>(y), dib->GetScanline(y), width);
     std::string bytes;
-    if (!host::EncodePng(*dib, bytes)) return Fail(TARVIK_OUT_OF_MEMORY, "cannot encode the picture as PNG");
+    if (!host::EncodePng(*dib, bytes, true)) return Fail(TARVIK_OUT_OF_MEMORY, "cannot encode the picture as PNG");
     return CopyToMalloc(bytes, png, size);
   });
 }

@@ -47,6 +47,8 @@ inline std::unique_ptr<Dib> DecodeImage(StreamReader* reader, ImageFormat format
 /// false on failure. Written for speed (zlib level 1, the Up filter); a
 /// file of a fully opaque 32-bit bitmap is written as 24-bit RGB.
 HOST_API bool WritePng(const Dib& dib, const char* path);
-HOST_API bool EncodePng(const Dib& dib, std::string& out);
+/// As WritePng, into `out`. A fully opaque 32-bit bitmap keeps its alpha
+/// channel unless `dropOpaqueAlpha` (then the bytes equal WritePng's file).
+HOST_API bool EncodePng(const Dib& dib, std::string& out, bool dropOpaqueAlpha = false);
 
 }  // namespace host

@@ -144,7 +144,9 @@ bool Encode(const Dib& dib, bool dropOpaqueAlpha, std::string& out) {
 
 }  // namespace
 
-bool EncodePng(const Dib& dib, std::string& out) { return Encode(dib, false, out); }
+bool EncodePng(const Dib& dib, std::string& out, bool dropOpaqueAlpha) {
+  return Encode(dib, dropOpaqueAlpha, out);
+}
 
 bool WritePng(const Dib& dib, const char* path) {
   std::string bytes;
