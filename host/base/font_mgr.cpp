@@ -33,6 +33,9 @@ using FcPatternPtr = std::unique_ptr<FcPattern, FcPatternDeleter>;
 // A character every Chinese face has; a face without it would draw boxes.
 constexpr FcChar32 kCjkProbe = 0x4E2D;  // 中
 
+// Characters whose face is remembered.
+constexpr size_t kMaxCharEntries = 16384;
+
 // Embedded fonts above this size are refused rather than copied.
 constexpr size_t kMaxFontBytes = size_t{256} << 20;
 
@@ -123,6 +126,9 @@ struct FontMgr::Impl {
   bool configTried = false;
   std::map<std::string, std::shared_ptr<const FaceSource>> registered;
   std::map<std::pair<std::string, int>, std::shared_ptr<const FaceSource>> byFile;
+  // Faces found for single characters; a null value records a character no
+  // installed face has.
+  std::map<std::tuple<uint32_t, int, bool>, std::shared_ptr<const FaceSource>> byChar;
   // A null value records a family that resolves to nothing without fallback.
   std::map<std::tuple<std::string, int, bool>, std::shared_ptr<const FaceSource>> byRequest;
 
@@ -179,6 +185,35 @@ struct FontMgr::Impl {
     if (auto face = Installed(family, weight, italic, IsNonAscii(family))) return face;
     for (const char* alike : LookAlikes(LookOf(Normalise(family)))) {
       if (auto face = Installed(alike, weight, italic, true)) return face;
+    }
+    return nullptr;
+  }
+
+  std::shared_ptr<const FaceSource> ResolveChar(uint32_t code, int weight, bool italic) {
+    FcConfig* cfg = Config();
+    FcPatternPtr pat(FcPatternCreate());
+    std::unique_ptr<FcCharSet, FcCharSetDeleter> cs(FcCharSetCreate());
+    if (!cfg || !pat || !cs || !FcCharSetAddChar(cs.get(), code)) return nullptr;
+    FcPatternAddCharSet(pat.get(), FC_CHARSET, cs.get());
+    FcPatternAddString(pat.get(), FC_LANG, reinterpret_cast<const FcChar8*>("zh-cn"));
+    FcPatternAddInteger(pat.get(), FC_WEIGHT, FcWeightFromOpenType(weight));
+    FcPatternAddInteger(pat.get(), FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
+    FcPatternAddBool(pat.get(), FC_SCALABLE, FcTrue);
+    if (!FcConfigSubstitute(cfg, pat.get(), FcMatchPattern)) return nullptr;
+    FcDefaultSubstitute(pat.get());
+    FcResult result = FcResultNoMatch;
+    std::unique_ptr<FcFontSet, void (*)(FcFontSet*)> set(FcFontSort(cfg, pat.get(), FcTrue, nullptr, &result),
+                                                         FcFontSetDestroy);
+    if (!set) return nullptr;
+    // Sorted best first; the first face that really has the glyph.
+    for (int i = 0; i < set->nfont && i < 64; ++i) {
+      FcCharSet* has = nullptr;
+      if (FcPatternGetCharSet(set->fonts[i], FC_CHARSET, 0, &has) != FcResultMatch || !has ||
+          !FcCharSetHasChar(has, code)) {
+        continue;
+      }
+      auto face = Load(set->fonts[i]);
+      if (face && face->GlyphIndex(code) != 0) return face;
     }
     return nullptr;
   }
@@ -258,6 +293,21 @@ std::shared_ptr<const FaceSource> FontMgr::Find(const std::string& family, int w
   auto it = d.byRequest.find(key);
   if (it == d.byRequest.end()) it = d.byRequest.emplace(key, d.ResolveFallback(weight, italic)).first;
   return it->second;
+}
+
+std::shared_ptr<const FaceSource> FontMgr::FindFaceForChar(uint32_t code, int weight, bool italic) {
+  // Characters outside Unicode and surrogates have no face.
+  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return nullptr;
+  Impl& d = *impl_;
+  std::lock_guard<std::mutex> lock(d.mu);
+  if (!d.library) return nullptr;
+  weight = ClampWeight(weight) >= 600 ? 700 : 400;
+  const auto key = std::make_tuple(code, weight, italic);
+  if (auto it = d.byChar.find(key); it != d.byChar.end()) return it->second;
+  std::shared_ptr<const FaceSource> face = d.ResolveChar(code, weight, italic);
+  // A document with very many distinct rare characters stops growing the cache.
+  if (d.byChar.size() < kMaxCharEntries) d.byChar.emplace(key, face);
+  return face;
 }
 
 std::shared_ptr<const FaceSource> FontMgr::LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex) {

@@ -135,7 +135,8 @@ class HOST_API OfdPathObject : public OfdPageObject {
 };
 
 /// CGTransform: `codeCount` characters from `codePosition` (counted over all
-/// TextCodes of the object) are drawn as the glyph indices `glyphs`.
+/// TextCodes of the object) are drawn as the `glyphCount` glyph indices
+/// `glyphs` of the object's embedded font (2 characters as 1 glyph, 1 as 2...).
 struct HOST_API OfdCGTransform {
   uint32_t codePosition = 0;
   uint32_t codeCount = 1;
@@ -153,9 +154,19 @@ struct HOST_API OfdTextCode {
   /// out before the text does, characters advance by 0: a renderer redoes those
   /// with LayoutCharacters and the font's advances.
   std::vector<float> xs, ys;
-  /// Per character: the glyph index a CGTransform gives it, or -1 (look the
-  /// character up in the font).
+  /// Per character: the glyph index a CGTransform gives it, -1 (look the
+  /// character up in the font) or kJoinedGlyph (the character is part of a
+  /// group whose glyphs earlier characters draw). Glyph indices belong to the
+  /// embedded font file; a renderer without that file ignores them.
   std::vector<int32_t> glyphs;
+  static constexpr int32_t kJoinedGlyph = -2;
+  /// Glyphs of a group beyond one per character: each is drawn after the
+  /// previous glyph of `character` (by that glyph's advance), in order.
+  struct ExtraGlyph {
+    uint32_t character = 0;
+    uint32_t glyph = 0;
+  };
+  std::vector<ExtraGlyph> extraGlyphs;
 };
 
 class HOST_API OfdTextObject : public OfdPageObject {

@@ -159,6 +159,14 @@ void ApplyStrokeAttributes(const pugi::xml_node& node, StrokeStyle& style) {
   if (auto dashes = ParseDashes(Attr(node, "DashPattern"))) style.dashes = std::move(*dashes);
 }
 
+// Black, or transparent when not `black`; marked as not set.
+OfdColor DefaultColor(bool black) {
+  OfdColor color = OfdColor::Rgb(0, 0, 0);
+  color.isSet = false;
+  if (!black) color.alpha = 0;
+  return color;
+}
+
 template <typename T>
 T* Adopt(std::unique_ptr<OfdPageObject>& holder, T* object) {
   holder.reset(object);
@@ -191,8 +199,11 @@ void ParseCommon(const pugi::xml_node& node, OfdPageObject& object, const Graphi
   object.strokeStyle = std::move(state.stroke);
   object.fillColor = std::move(state.fill);
   object.strokeColor = std::move(state.strokeColor);
-  if (!object.fillColor.isSet) object.fillColor = OfdColor::Rgb(0, 0, 0);
-  if (!object.strokeColor.isSet) object.strokeColor = OfdColor::Rgb(0, 0, 0);
+  // Defaults when nothing sets a colour: a path is filled with nothing and
+  // stroked black; text is filled black and stroked with nothing.
+  const bool isText = object.GetType() == OfdPageObject::Type::kText;
+  if (!object.fillColor.isSet) object.fillColor = DefaultColor(isText);
+  if (!object.strokeColor.isSet) object.strokeColor = DefaultColor(!isText);
 
   const pugi::xml_node clips = ofdxml::Child(node, "Clips");
   if (!clips || ctx.depth >= kMaxDepth) return;
@@ -236,25 +247,40 @@ void ParsePath(const pugi::xml_node& node, OfdPathObject& path, Context& ctx) {
 }
 
 // Glyph indices from the object's CGTransforms, by character position over all
-// of its text codes.
+// of its text codes. A group of m characters and n glyphs gives its
+// characters one glyph each while both last; further characters are joined
+// into the group (drawn by nothing), further glyphs follow the last one.
 void ApplyGlyphs(OfdTextObject& text) {
   std::vector<size_t> starts;  // position of each code's first character
   size_t total = 0;
   for (OfdTextCode& code : text.textCodes) {
     starts.push_back(total);
     code.glyphs.assign(static_cast<size_t>(code.text.GetLength()), -1);
+    code.extraGlyphs.clear();
     total += code.glyphs.size();
   }
+  auto locate = [&](size_t pos) -> std::pair<OfdTextCode*, size_t> {
+    const size_t c = static_cast<size_t>(std::upper_bound(starts.begin(), starts.end(), pos) -
+                                         starts.begin()) - 1;
+    return {&text.textCodes[c], pos - starts[c]};
+  };
   for (const OfdCGTransform& t : text.cgTransforms) {
-    for (size_t k = 0; k < t.codeCount && k < t.glyphs.size(); ++k) {
-      const size_t pos = static_cast<size_t>(t.codePosition) + k;
-      if (pos >= total) break;
-      const size_t c = static_cast<size_t>(std::upper_bound(starts.begin(), starts.end(), pos) -
-                                           starts.begin()) - 1;
-      text.textCodes[c].glyphs[pos - starts[c]] =
-          static_cast<int32_t>(std::min<uint32_t>(t.glyphs[k], INT32_MAX));
+    const size_t codes = t.codeCount;
+    const size_t glyphs = std::min<size_t>(t.glyphCount, t.glyphs.size());
+    if (codes == 0 || glyphs == 0 || t.codePosition >= total) continue;
+    const size_t last = std::min<size_t>(codes, total - t.codePosition);
+    for (size_t k = 0; k < last; ++k) {
+      auto [code, i] = locate(t.codePosition + k);
+      code->glyphs[i] = k < glyphs ? static_cast<int32_t>(std::min<uint32_t>(t.glyphs[k], INT32_MAX))
+                                   : OfdTextCode::kJoinedGlyph;
     }
+    auto [code, i] = locate(t.codePosition + std::min(last, glyphs) - 1);
+    for (size_t k = last; k < glyphs; ++k)
+      code->extraGlyphs.push_back({static_cast<uint32_t>(i), t.glyphs[k]});
   }
+  for (OfdTextCode& code : text.textCodes)
+    std::stable_sort(code.extraGlyphs.begin(), code.extraGlyphs.end(),
+                     [](const auto& a, const auto& b) { return a.character < b.character; });
 }
 
 void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
@@ -273,8 +299,8 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     if (NameIs(c, "CGTransform")) {
       OfdCGTransform t;
       t.codePosition = AttrId(c, "CodePosition");
-      t.codeCount = AttrId(c, "CodeCount");
-      t.glyphCount = AttrId(c, "GlyphCount");
+      t.codeCount = Attr(c, "CodeCount") ? AttrId(c, "CodeCount") : 1;
+      t.glyphCount = Attr(c, "GlyphCount") ? AttrId(c, "GlyphCount") : 1;
       std::vector<float> glyphs;
       ofdxml::ParseNumbers(ofdxml::Text(ofdxml::Child(c, "Glyphs")), glyphs, 65536);
       for (float g : glyphs)
