@@ -39,38 +39,85 @@ constexpr size_t kMaxCharEntries = 16384;
 // Embedded fonts above this size are refused rather than copied.
 constexpr size_t kMaxFontBytes = size_t{256} << 20;
 
-// The look a Chinese family name asks for.
-enum class Look { kNone, kKai, kSong, kFangSong, kHei };
+// Font substitution: family names seen in real documents, and the installed
+// families drawn in their place, best first. A name is compared after
+// Normalise() (ASCII lower-case, blanks removed). A substitute is taken only
+// when it is installed (and, for Chinese names, has Chinese glyphs); when
+// none is, the CJK fallback below answers. Names not in the table still say
+// which look they want (LookOf), e.g. 方正楷体_GBK or 华文中宋.
+//
+//  look        names                               substitutes, best first
+//  ----------  ----------------------------------  ------------------------------------------
+//  Song        宋体 SimSun NSimSun 新宋体 Song      AR PL UMing CN, Noto Serif CJK SC,
+//                                                  Source Han Serif SC
+//  SongProp    华文宋体 STSong 华文中宋 STZhongsong  Noto Serif CJK SC, Source Han Serif SC,
+//                                                  AR PL UMing CN
+//  Kai         楷体 KaiTi 楷体_GB2312 STKaiti ...   AR PL UKai CN, AR PL KaitiM GB
+//  FangSong    仿宋 FangSong 仿宋_GB2312 ...        AR PL UMing CN, Noto Serif CJK SC
+//  Hei         黑体 SimHei STHeiti 华文黑体          WenQuanYi Zen Hei Mono, Noto Sans Mono CJK SC,
+//                                                  Noto Sans CJK SC, WenQuanYi Zen Hei
+//  HeiProp     微软雅黑 Microsoft YaHei             Noto Sans CJK SC, Source Han Sans SC,
+//                                                  WenQuanYi Zen Hei
+//  Mono        Courier New, Courier, Consolas      Liberation Mono, DejaVu Sans Mono
+//  Serif       Times New Roman, Times, Georgia     Liberation Serif, DejaVu Serif
+//  Sans        Arial, Helvetica, Calibri, Verdana  Liberation Sans, DejaVu Sans
+//
+// Why: SimSun, KaiTi, FangSong and SimHei draw Latin letters and digits at
+// half an em, and documents place them by those widths (DeltaX). AR PL UMing
+// and UKai, WenQuanYi Zen Hei Mono and Noto Sans Mono CJK keep that width,
+// so long account numbers and IDs do not run into each other; the Noto CJK
+// faces have proportional, wider Latin and come second (the text painter
+// narrows any glyph wider than its place). UMing, a Ming face, is the nearest
+// installed look to both SimSun and FangSong; UKai is a Kai face. The YaHei
+// and STSong families are proportional themselves, so the proportional Noto
+// faces come first there. Liberation fonts share the metrics of Arial, Times
+// New Roman and Courier New; DejaVu stands in where they are not installed.
+enum class Look { kNone, kSong, kSongProp, kKai, kFangSong, kHei, kHeiProp, kMono, kSerif, kSans };
 
-// Names as Normalise() leaves them: ASCII lower-case, blanks removed.
 struct Alias {
   const char* name;
   Look look;
 };
 constexpr Alias kAliases[] = {
-    {"楷体", Look::kKai},          {"kaiti", Look::kKai},           {"楷体_gb2312", Look::kKai},
-    {"kaiti_gb2312", Look::kKai},  {"stkaiti", Look::kKai},         {"华文楷体", Look::kKai},
-    {"宋体", Look::kSong},         {"simsun", Look::kSong},         {"nsimsun", Look::kSong},
-    {"新宋体", Look::kSong},       {"stsong", Look::kSong},         {"华文宋体", Look::kSong},
-    {"song", Look::kSong},         {"仿宋", Look::kFangSong},       {"fangsong", Look::kFangSong},
-    {"仿宋_gb2312", Look::kFangSong}, {"fangsong_gb2312", Look::kFangSong},
-    {"stfangsong", Look::kFangSong},  {"华文仿宋", Look::kFangSong}, {"黑体", Look::kHei},
-    {"simhei", Look::kHei},        {"微软雅黑", Look::kHei},        {"microsoftyahei", Look::kHei},
-    {"stheiti", Look::kHei},       {"华文黑体", Look::kHei},
+    {"宋体", Look::kSong},           {"simsun", Look::kSong},           {"nsimsun", Look::kSong},
+    {"新宋体", Look::kSong},         {"song", Look::kSong},             {"宋体_gb2312", Look::kSong},
+    {"华文宋体", Look::kSongProp},   {"stsong", Look::kSongProp},       {"华文中宋", Look::kSongProp},
+    {"stzhongsong", Look::kSongProp},
+    {"楷体", Look::kKai},            {"kaiti", Look::kKai},             {"楷体_gb2312", Look::kKai},
+    {"kaiti_gb2312", Look::kKai},    {"stkaiti", Look::kKai},           {"华文楷体", Look::kKai},
+    {"仿宋", Look::kFangSong},       {"fangsong", Look::kFangSong},     {"仿宋_gb2312", Look::kFangSong},
+    {"fangsong_gb2312", Look::kFangSong}, {"stfangsong", Look::kFangSong}, {"华文仿宋", Look::kFangSong},
+    {"黑体", Look::kHei},            {"simhei", Look::kHei},            {"stheiti", Look::kHei},
+    {"华文黑体", Look::kHei},        {"微软雅黑", Look::kHeiProp},      {"microsoftyahei", Look::kHeiProp},
+    {"couriernew", Look::kMono},     {"courier", Look::kMono},          {"consolas", Look::kMono},
+    {"timesnewroman", Look::kSerif}, {"times", Look::kSerif},           {"georgia", Look::kSerif},
+    {"arial", Look::kSans},          {"helvetica", Look::kSans},        {"calibri", Look::kSans},
+    {"verdana", Look::kSans},        {"tahoma", Look::kSans},
 };
 
-// Free look-alikes per look, best first.
+bool IsCjkLook(Look look) { return look != Look::kMono && look != Look::kSerif && look != Look::kSans; }
+
+// Installed look-alikes per look, best first (see the table above).
 std::vector<const char*> LookAlikes(Look look) {
   switch (look) {
+    case Look::kSong: return {"AR PL UMing CN", "Noto Serif CJK SC", "Source Han Serif SC"};
+    case Look::kSongProp: return {"Noto Serif CJK SC", "Source Han Serif SC", "AR PL UMing CN"};
     case Look::kKai: return {"AR PL UKai CN", "AR PL KaitiM GB"};
-    case Look::kSong: return {"Noto Serif CJK SC", "Source Han Serif SC", "AR PL UMing CN"};
     case Look::kFangSong: return {"AR PL UMing CN", "Noto Serif CJK SC"};
-    case Look::kHei: return {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Zen Hei"};
+    case Look::kHei:
+      return {"WenQuanYi Zen Hei Mono", "Noto Sans Mono CJK SC", "Noto Sans CJK SC",
+              "WenQuanYi Zen Hei"};
+    case Look::kHeiProp: return {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Zen Hei"};
+    case Look::kMono: return {"Liberation Mono", "DejaVu Sans Mono"};
+    case Look::kSerif: return {"Liberation Serif", "DejaVu Serif"};
+    case Look::kSans: return {"Liberation Sans", "DejaVu Sans"};
     case Look::kNone: break;
   }
   return {};
 }
 
+// Asked, in this order, when nothing above answers: faces with broad Chinese
+// coverage, a sans first (legible at small sizes).
 constexpr const char* kCjkFallbacks[] = {"WenQuanYi Zen Hei", "Noto Sans CJK SC", "Noto Serif CJK SC",
                                          "AR PL UMing CN"};
 
@@ -183,8 +230,9 @@ struct FontMgr::Impl {
   std::shared_ptr<const FaceSource> ResolveExact(const std::string& family, int weight, bool italic) {
     // A Chinese name must give a face with Chinese glyphs.
     if (auto face = Installed(family, weight, italic, IsNonAscii(family))) return face;
-    for (const char* alike : LookAlikes(LookOf(Normalise(family)))) {
-      if (auto face = Installed(alike, weight, italic, true)) return face;
+    const Look look = LookOf(Normalise(family));
+    for (const char* alike : LookAlikes(look)) {
+      if (auto face = Installed(alike, weight, italic, IsCjkLook(look))) return face;
     }
     return nullptr;
   }

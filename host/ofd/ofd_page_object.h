@@ -152,7 +152,9 @@ struct HOST_API OfdTextCode {
   std::vector<float> deltaY;
   /// Origin of each character in the object's coordinates. Where DeltaX runs
   /// out before the text does, characters advance by 0: a renderer redoes those
-  /// with LayoutCharacters and the font's advances.
+  /// with LayoutCharacters and the font's advances. Where glyph groups join
+  /// characters, deltas step by glyph and a joined character has the origin
+  /// of the character before it.
   std::vector<float> xs, ys;
   /// Per character: the glyph index a CGTransform gives it, -1 (look the
   /// character up in the font) or kJoinedGlyph (the character is part of a
@@ -160,11 +162,12 @@ struct HOST_API OfdTextCode {
   /// embedded font file; a renderer without that file ignores them.
   std::vector<int32_t> glyphs;
   static constexpr int32_t kJoinedGlyph = -2;
-  /// Glyphs of a group beyond one per character: each is drawn after the
-  /// previous glyph of `character` (by that glyph's advance), in order.
+  /// Glyphs of a group beyond one per character, after the glyph of
+  /// `character`, in order, each at its own origin (x, y).
   struct ExtraGlyph {
     uint32_t character = 0;
     uint32_t glyph = 0;
+    float x = 0, y = 0;
   };
   std::vector<ExtraGlyph> extraGlyphs;
 };

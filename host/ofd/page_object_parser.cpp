@@ -283,6 +283,44 @@ void ApplyGlyphs(OfdTextObject& text) {
                      [](const auto& a, const auto& b) { return a.character < b.character; });
 }
 
+// Where glyph groups join characters or add glyphs, DeltaX and DeltaY step
+// from glyph to glyph, not from character to character. Lays the code out
+// again by glyph: a joined character takes its group's place (the renderer
+// puts it after the characters before it when it draws characters), an
+// extra glyph the next place.
+void PlaceGlyphGroups(OfdTextCode& code) {
+  const size_t n = code.glyphs.size();
+  size_t places = 0;
+  bool grouped = !code.extraGlyphs.empty();
+  for (size_t i = 0; i < n; ++i) {
+    if (code.glyphs[i] == OfdTextCode::kJoinedGlyph) {
+      grouped = true;
+    } else {
+      ++places;
+    }
+  }
+  if (!grouped || places == 0) return;
+  places += code.extraGlyphs.size();
+  std::vector<float> xs, ys;
+  LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, places, nullptr, nullptr, xs, ys);
+  size_t place = 0, extra = 0;
+  for (size_t i = 0; i < n; ++i) {
+    if (code.glyphs[i] == OfdTextCode::kJoinedGlyph && i > 0) {
+      code.xs[i] = code.xs[i - 1];
+      code.ys[i] = code.ys[i - 1];
+      continue;
+    }
+    code.xs[i] = xs[std::min(place, places - 1)];
+    code.ys[i] = ys[std::min(place, places - 1)];
+    ++place;
+    for (; extra < code.extraGlyphs.size() && code.extraGlyphs[extra].character == i; ++extra) {
+      code.extraGlyphs[extra].x = xs[std::min(place, places - 1)];
+      code.extraGlyphs[extra].y = ys[std::min(place, places - 1)];
+      ++place;
+    }
+  }
+}
+
 void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
   text.fontId = AttrId(node, "Font");
   text.font = ctx.resources ? ctx.resources->FindFont(text.fontId) : nullptr;
@@ -310,14 +348,25 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     }
     if (!NameIs(c, "TextCode")) continue;
     OfdTextCode code;
-    code.text = WideString::FromUtf8(c.child_value());
+    // Line breaks and tabs around the characters come from how the XML was
+    // laid out, not from the text: no TextCode can draw them.
+    std::string_view chars = c.child_value();
+    while (!chars.empty() && (chars.front() == '\n' || chars.front() == '\r' || chars.front() == '\t'))
+      chars.remove_prefix(1);
+    while (!chars.empty() && (chars.back() == '\n' || chars.back() == '\r' || chars.back() == '\t'))
+      chars.remove_suffix(1);
+    code.text = WideString::FromUtf8(chars);
     const size_t n = static_cast<size_t>(code.text.GetLength());
     if (n > ctx.budget->characters) break;
     ctx.budget->characters -= n;
     code.x = AttrFloat(c, "X", penX);
     code.y = AttrFloat(c, "Y", penY);
     // Deltas past the last character place nothing; keep no more than needed.
-    const size_t maxDeltas = n > 0 ? n - 1 : 0;
+    // Glyph groups of more glyphs than characters take a delta per glyph.
+    size_t extraGlyphs = 0;
+    for (const OfdCGTransform& t : text.cgTransforms)
+      extraGlyphs += t.glyphCount > t.codeCount ? std::min<size_t>(t.glyphCount - t.codeCount, n) : 0;
+    const size_t maxDeltas = n > 0 ? n - 1 + std::min(extraGlyphs, n) : 0;
     if (const char* dx = Attr(c, "DeltaX")) ParseDeltaList(dx, maxDeltas, code.deltaX);
     if (const char* dy = Attr(c, "DeltaY")) ParseDeltaList(dy, maxDeltas, code.deltaY);
     LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, n, nullptr, nullptr, code.xs,
@@ -329,6 +378,7 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     text.textCodes.push_back(std::move(code));
   }
   ApplyGlyphs(text);
+  for (OfdTextCode& code : text.textCodes) PlaceGlyphGroups(code);
 }
 
 std::unique_ptr<OfdPageObject> ParseObject(const pugi::xml_node& node,

@@ -194,17 +194,30 @@ void PaintText(PaintContext& pc, const OfdTextObject& object, const Matrix& pare
     TextState state{&pc, &fonts, &code, weight, italic, emScale};
     const std::vector<float>* px = &code.xs;
     const std::vector<float>* py = &code.ys;
-    if (code.deltaX.size() + 1 < n) {
+    // Places DeltaX must give: one per glyph where groups join characters or
+    // add glyphs.
+    size_t places = n + code.extraGlyphs.size();
+    for (int32_t g : code.glyphs) places -= g == OfdTextCode::kJoinedGlyph ? 1 : 0;
+    if (code.deltaX.size() + 1 < places) {
       // DeltaX runs out: the rest advance by the font's widths.
       LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, n, Advance, &state, xs, ys);
       px = &xs;
       py = &ys;
     }
+    const bool relaid = px == &xs;
     size_t extra = 0;  // next of code.extraGlyphs
+    float pen = 0;     // where a character joined into a group goes when drawn alone
     const size_t count = std::min({n, px->size(), py->size()});
     for (size_t i = 0; i < count; ++i) {
       const Resolved r = Resolve(state, i);
-      const float x = (*px)[i], y = (*py)[i];
+      float x = (*px)[i];
+      const float y = (*py)[i];
+      // Without the glyph group's font the group's characters are drawn one
+      // after another from the group's place.
+      const bool joined = i < code.glyphs.size() && code.glyphs[i] == OfdTextCode::kJoinedGlyph;
+      if (joined && !relaid && i > 0 && (*py)[i - 1] == y) x = pen;
+      pen = x;
+      if (r.kind == Resolved::kGlyph) pen += static_cast<float>(fonts.list[r.font]->GetGlyphAdvance(r.glyph)) * emScale;
       if (r.kind == Resolved::kBox) {
         AddBox(boxes, glyphMatrix, x, y);
         continue;
@@ -227,13 +240,14 @@ void PaintText(PaintContext& pc, const OfdTextObject& object, const Matrix& pare
         runs[static_cast<size_t>(r.font)].push_back(GlyphPosition{r.glyph, x, y});
       }
       if (!fonts.embedded || r.font != 0) continue;
-      // Further glyphs of this character's group follow its glyph.
+      // Further glyphs of this character's group, at their places (after
+      // its glyph where the font's advances placed the text).
       while (extra < code.extraGlyphs.size() && code.extraGlyphs[extra].character < i) ++extra;
-      float pen = x + static_cast<float>(font->GetGlyphAdvance(r.glyph)) * emScale;
+      float after = x + static_cast<float>(font->GetGlyphAdvance(r.glyph)) * emScale;
       for (; extra < code.extraGlyphs.size() && code.extraGlyphs[extra].character == i; ++extra) {
-        const uint32_t glyph = code.extraGlyphs[extra].glyph;
-        runs[0].push_back(GlyphPosition{glyph, pen, y});
-        pen += static_cast<float>(font->GetGlyphAdvance(glyph)) * emScale;
+        const OfdTextCode::ExtraGlyph& g = code.extraGlyphs[extra];
+        runs[0].push_back(relaid ? GlyphPosition{g.glyph, after, y} : GlyphPosition{g.glyph, g.x, g.y});
+        after += static_cast<float>(font->GetGlyphAdvance(g.glyph)) * emScale;
       }
     }
   }
