@@ -54,25 +54,28 @@ constexpr size_t kMaxFontBytes = size_t{256} << 20;
 //                                                  AR PL UMing CN
 //  Kai         楷体 KaiTi 楷体_GB2312 STKaiti ...   AR PL UKai CN, AR PL KaitiM GB
 //  FangSong    仿宋 FangSong 仿宋_GB2312 ...        AR PL UMing CN, Noto Serif CJK SC
-//  Hei         黑体 SimHei STHeiti 华文黑体          WenQuanYi Zen Hei Mono, Noto Sans Mono CJK SC,
+//  Hei         黑体 SimHei STHeiti 华文黑体          Noto Sans Mono CJK SC, WenQuanYi Zen Hei Mono,
 //                                                  Noto Sans CJK SC, WenQuanYi Zen Hei
 //  HeiProp     微软雅黑 Microsoft YaHei             Noto Sans CJK SC, Source Han Sans SC,
 //                                                  WenQuanYi Zen Hei
-//  Mono        Courier New, Courier, Consolas      Liberation Mono, DejaVu Sans Mono
-//  Serif       Times New Roman, Times, Georgia     Liberation Serif, DejaVu Serif
-//  Sans        Arial, Helvetica, Calibri, Verdana  Liberation Sans, DejaVu Sans
+//
+// Latin families (Courier New, Times New Roman, Arial...) are not in this
+// table: a lone Latin name must still give a face with Chinese glyphs. The
+// page renderer passes a Latin look-alike as the alternative family instead
+// (font_cache.cpp: Courier -> DejaVu Sans Mono, Times -> DejaVu Serif, Arial
+// -> DejaVu Sans) and asks a CJK face for the characters it lacks.
 //
 // Why: SimSun, KaiTi, FangSong and SimHei draw Latin letters and digits at
 // half an em, and documents place them by those widths (DeltaX). AR PL UMing
 // and UKai, WenQuanYi Zen Hei Mono and Noto Sans Mono CJK keep that width,
 // so long account numbers and IDs do not run into each other; the Noto CJK
 // faces have proportional, wider Latin and come second (the text painter
-// narrows any glyph wider than its place). UMing, a Ming face, is the nearest
-// installed look to both SimSun and FangSong; UKai is a Kai face. The YaHei
+// narrows any glyph wider than its place). A bold request takes the first
+// substitute with a real bold face (Noto) before one drawn emboldened.
+// UMing, a Ming face, is the nearest installed look to both SimSun and FangSong; UKai is a Kai face. The YaHei
 // and STSong families are proportional themselves, so the proportional Noto
-// faces come first there. Liberation fonts share the metrics of Arial, Times
-// New Roman and Courier New; DejaVu stands in where they are not installed.
-enum class Look { kNone, kSong, kSongProp, kKai, kFangSong, kHei, kHeiProp, kMono, kSerif, kSans };
+// faces come first there.
+enum class Look { kNone, kSong, kSongProp, kKai, kFangSong, kHei, kHeiProp };
 
 struct Alias {
   const char* name;
@@ -89,13 +92,7 @@ constexpr Alias kAliases[] = {
     {"fangsong_gb2312", Look::kFangSong}, {"stfangsong", Look::kFangSong}, {"华文仿宋", Look::kFangSong},
     {"黑体", Look::kHei},            {"simhei", Look::kHei},            {"stheiti", Look::kHei},
     {"华文黑体", Look::kHei},        {"微软雅黑", Look::kHeiProp},      {"microsoftyahei", Look::kHeiProp},
-    {"couriernew", Look::kMono},     {"courier", Look::kMono},          {"consolas", Look::kMono},
-    {"timesnewroman", Look::kSerif}, {"times", Look::kSerif},           {"georgia", Look::kSerif},
-    {"arial", Look::kSans},          {"helvetica", Look::kSans},        {"calibri", Look::kSans},
-    {"verdana", Look::kSans},        {"tahoma", Look::kSans},
 };
-
-bool IsCjkLook(Look look) { return look != Look::kMono && look != Look::kSerif && look != Look::kSans; }
 
 // Installed look-alikes per look, best first (see the table above).
 std::vector<const char*> LookAlikes(Look look) {
@@ -105,12 +102,9 @@ std::vector<const char*> LookAlikes(Look look) {
     case Look::kKai: return {"AR PL UKai CN", "AR PL KaitiM GB"};
     case Look::kFangSong: return {"AR PL UMing CN", "Noto Serif CJK SC"};
     case Look::kHei:
-      return {"WenQuanYi Zen Hei Mono", "Noto Sans Mono CJK SC", "Noto Sans CJK SC",
+      return {"Noto Sans Mono CJK SC", "WenQuanYi Zen Hei Mono", "Noto Sans CJK SC",
               "WenQuanYi Zen Hei"};
     case Look::kHeiProp: return {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Zen Hei"};
-    case Look::kMono: return {"Liberation Mono", "DejaVu Sans Mono"};
-    case Look::kSerif: return {"Liberation Serif", "DejaVu Serif"};
-    case Look::kSans: return {"Liberation Sans", "DejaVu Sans"};
     case Look::kNone: break;
   }
   return {};
@@ -230,9 +224,13 @@ struct FontMgr::Impl {
   std::shared_ptr<const FaceSource> ResolveExact(const std::string& family, int weight, bool italic) {
     // A Chinese name must give a face with Chinese glyphs.
     if (auto face = Installed(family, weight, italic, IsNonAscii(family))) return face;
+    // A bold request prefers a look-alike with a real bold face.
     const Look look = LookOf(Normalise(family));
-    for (const char* alike : LookAlikes(look)) {
-      if (auto face = Installed(alike, weight, italic, IsCjkLook(look))) return face;
+    for (bool needBold : {weight >= 600, false}) {
+      for (const char* alike : LookAlikes(look)) {
+        auto face = Installed(alike, weight, italic, true);
+        if (face && (!needBold || static_cast<const FtFaceSource&>(*face).IsBold())) return face;
+      }
     }
     return nullptr;
   }
