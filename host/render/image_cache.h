@@ -38,8 +38,8 @@ class ImageCache {
 /// Decodes a multimedia resource's picture; null on failure.
 std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media);
 
-/// True when some pixel of `dib` is not fully opaque (32-bit pixels, or
-/// palette entries of an indexed bitmap).
+/// True when some pixel of `dib` is not fully opaque (32-bit pixels, or the
+/// palette entries an indexed bitmap's pixels use).
 bool HasTransparency(const Dib& dib);
 
 }  // namespace host
