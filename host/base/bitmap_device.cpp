@@ -23,6 +23,10 @@ constexpr double kMaxCoord = 1 << 22;
 // FreeType refuses sizes above 0xFFFF pixels per em, which would leave the
 // context in a sticky error state.
 constexpr double kMaxGlyphScale = 32768;
+// Glyphs larger than this (pixels per em) are filled as outlines: cairo
+// would otherwise render each as a mask of its full size and keep it in its
+// process-wide glyph cache, however little of it falls on the device.
+constexpr double kMaxCachedGlyphScale = 256;
 // Widest pen in device pixels: wider already covers every clamped coordinate.
 constexpr double kMaxPen = 1 << 24;
 
@@ -189,6 +193,7 @@ int ShowGlyphs(cairo_t* cr, const cairo_font_options_t* options, const Font& fon
   cairo_matrix_multiply(&glyphScale, &fontMatrix, &ctm);
   const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
   if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
+  const bool asOutlines = MaxScale(glyphScale) > kMaxCachedGlyphScale;
 
   std::lock_guard<std::recursive_mutex> lock(FtLock());
   CairoFontFacePtr face = MakeFontFace(source);
@@ -212,7 +217,13 @@ int ShowGlyphs(cairo_t* cr, const cairo_font_options_t* options, const Font& fon
       batch[pending++] = g;
     }
     if (pending == batch.size() || (i + 1 == count && pending > 0)) {
-      cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      if (asOutlines) {
+        cairo_new_path(cr);
+        cairo_glyph_path(cr, batch.data(), static_cast<int>(pending));
+        cairo_fill(cr);
+      } else {
+        cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      }
       pending = 0;
     }
   }
