@@ -36,7 +36,8 @@ class HOST_API FontMgr {
   /// map to installed look-alikes; unknown names fall back to a CJK face.
   /// Null only when no font is installed at all. Faces are cached.
   std::shared_ptr<const FaceSource> FindFace(const std::string& family, int weight, bool italic);
-  /// A face from font bytes (copied); null when FreeType refuses them.
+  /// A face from font bytes (copied); null when FreeType refuses them. The
+  /// same bytes give the same face while a MemoryFaceCache keeps it.
   std::shared_ptr<const FaceSource> LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex);
 
   /// Registers a face under a family name; FindFace returns it for that name
