@@ -97,7 +97,11 @@ bool RenderPage(host::OfdDocument& doc, const SealRun& run, int index, int dpi,
     return false;
   }
   const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
-  host::RenderPageContent(page.get(), device.get(), matrix);
+  std::string stopped;
+  if (host::RenderPageContent(page.get(), device.get(), matrix, host::RenderLimits(), &stopped) !=
+      host::RenderStop::kNone) {
+    std::fprintf(stderr, "tarvik render: %s; the page is drawn only in part\n", stopped.c_str());
+  }
   DrawSeals(run, page.get(), device.get(), matrix);
   std::unique_ptr<host::Dib> dib(device->TakeBitmap());
   if (!dib || !host::WritePng(*dib, path.c_str())) {
