@@ -11,6 +11,10 @@ PACKAGES="
   libbenchmark-dev fonts-wqy-zenhei fonts-noto-cjk fonts-arphic-ukai
   fonts-arphic-uming python3 python3-pytest python3-numpy
 "
+# OpenCV's box filter is an optional reference in the benchmarks.
+if [ "${TARVIK_WITH_OPENCV:-0}" = 1 ]; then
+  PACKAGES="$PACKAGES libopencv-imgproc-dev"
+fi
 
 missing=""
 for pkg in $PACKAGES; do

@@ -342,6 +342,29 @@ TEST(BitmapDevice_DrawText, PlacesInkInTheEmBox) {
   EXPECT_EQ(boxes[1].left, boxes[0].left);
 }
 
+// Past 256 pixels per em glyphs are filled as outlines rather than cached as
+// masks: the ink is the same shape, just scaled.
+TEST(BitmapDevice_DrawText, LargeGlyphsDrawAsOutlinesWithTheSameInk) {
+  host::Font font(nullptr);
+  ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
+  Box boxes[2];
+  int inked[2] = {0, 0};
+  const float sizes[2] = {250, 262};  // a cached mask, then an outline
+  for (int i = 0; i < 2; ++i) {
+    auto device = NewDevice(320, 320, 0x00FFFFFF);
+    const Matrix at(1, 0, 0, 1, 10, 280);
+    ASSERT_NE(device->DrawText(U"中", 1, &font, &at, 0xFF000000, sizes[i]), 0);
+    const auto dib = Take(*device);
+    boxes[i] = InkBox(*dib);
+    for (int y = 0; y < 320; ++y)
+      for (int x = 0; x < 320; ++x) inked[i] += (dib->GetPixel({x, y}) >> 24) > 0x80;
+  }
+  const double scale = sizes[1] / sizes[0];
+  EXPECT_NEAR(boxes[1].right - boxes[1].left, (boxes[0].right - boxes[0].left) * scale, 2);
+  EXPECT_NEAR(boxes[1].bottom - boxes[1].top, (boxes[0].bottom - boxes[0].top) * scale, 2);
+  EXPECT_NEAR(inked[1], inked[0] * scale * scale, inked[0] * 0.03);
+}
+
 // Faces loaded from memory, drawn and dropped one after another while cairo
 // still caches what it made from them.
 TEST(BitmapDevice_DrawText, DrawsWithShortLivedMemoryFaces) {

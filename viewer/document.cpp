@@ -233,7 +233,7 @@ void Document::Impl::Draw(host::OfdPage& page, host::Device& device, const host:
   std::string stopped;
   if (host::RenderPageContent(&page, &device, pageToDevice, options.limits, &stopped) !=
       host::RenderStop::kNone) {
-    out.warnings.push_back(name + ": " + stopped);
+    out.warnings.push_back(stopped);
   }
   DrawPageSeals(Seals(options), page, device, pageToDevice, options, out.seals);
 }

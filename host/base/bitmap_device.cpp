@@ -11,6 +11,7 @@
 #include <new>
 
 #include "host/base/cairo_handles.h"
+#include "host/base/dib_device_cache.h"
 #include "host/base/font.h"
 #include "host/base/font_mgr.h"
 
@@ -23,6 +24,10 @@ constexpr double kMaxCoord = 1 << 22;
 // FreeType refuses sizes above 0xFFFF pixels per em, which would leave the
 // context in a sticky error state.
 constexpr double kMaxGlyphScale = 32768;
+// Glyphs larger than this (pixels per em) are filled as outlines: cairo
+// would otherwise render each as a mask of its full size and keep it in its
+// process-wide glyph cache, however little of it falls on the device.
+constexpr double kMaxCachedGlyphScale = 256;
 // Widest pen in device pixels: wider already covers every clamped coordinate.
 constexpr double kMaxPen = 1 << 24;
 
@@ -108,20 +113,17 @@ bool SetPath(cairo_t* cr, const Path& path, const Matrix& m) {
   return true;
 }
 
-// A premultiplied ARGB32 copy of `dib` (formats 2, 4 and 7), or null.
-CairoSurfacePtr MakeSourceSurface(const Dib& dib) {
+bool IsSourceFormat(DibFormat format) {
+  return format == kDibIndexed8 || format == kDibRgb24 || format == kDibArgb32;
+}
+
+// Writes `dib` (formats 2, 4 and 7) as premultiplied ARGB32 rows at `data`.
+void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
   const DibFormat format = dib.GetFormat();
-  if (format != kDibIndexed8 && format != kDibRgb24 && format != kDibArgb32) return nullptr;
-  CairoSurfacePtr surface(
-      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, dib.GetWidth(), dib.GetHeight()));
-  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   std::array<uint32_t, 256> palette{};
   if (format == kDibIndexed8) {
     for (int i = 0; i < 256; ++i) palette[i] = Premultiply(dib.GetPaletteEntry(i));
   }
-  cairo_surface_flush(surface.get());
-  uint8_t* data = cairo_image_surface_get_data(surface.get());
-  const int stride = cairo_image_surface_get_stride(surface.get());
   for (int y = 0; y < dib.GetHeight(); ++y) {
     const uint8_t* in = dib.GetScanline(y);
     auto* out = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
@@ -141,6 +143,65 @@ CairoSurfacePtr MakeSourceSurface(const Dib& dib) {
       }
     }
   }
+}
+
+// Premultiplied pixels kept with a bitmap (Dib::KeepDeviceData), read-only
+// once made and shared by every draw of the bitmap, on any thread.
+struct PremultipliedPixels {
+  std::unique_ptr<uint8_t[]> data;
+  int stride = 0;
+};
+const char kPremultipliedKey = 0;
+const cairo_user_data_key_t kPixelsHolderKey{};
+
+void ReleasePixelsHolder(void* holder) {
+  delete static_cast<std::shared_ptr<const void>*>(holder);
+}
+
+// A surface over the pixels kept with `dib`, made on first use; null when
+// the bitmap keeps none (or memory runs out).
+CairoSurfacePtr KeptSourceSurface(const Dib& dib) {
+  const std::shared_ptr<DibDeviceCache>& cache = dib.GetDeviceCache();
+  if (!cache) return nullptr;
+  std::shared_ptr<const void> kept = cache->Find(&kPremultipliedKey);
+  if (!kept) {
+    auto pixels = std::make_shared<PremultipliedPixels>();
+    pixels->stride = cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, dib.GetWidth());
+    if (pixels->stride <= 0) return nullptr;
+    pixels->data.reset(new (std::nothrow)
+                           uint8_t[static_cast<size_t>(pixels->stride) * dib.GetHeight()]);
+    if (!pixels->data) return nullptr;
+    ConvertToPremultiplied(dib, pixels->data.get(), pixels->stride);
+    kept = pixels;
+    cache->Store(&kPremultipliedKey, kept);
+  }
+  const auto* pixels = static_cast<const PremultipliedPixels*>(kept.get());
+  // cairo only reads a source surface; the holder keeps the pixels alive as
+  // long as cairo keeps the surface.
+  CairoSurfacePtr surface(cairo_image_surface_create_for_data(
+      pixels->data.get(), CAIRO_FORMAT_ARGB32, dib.GetWidth(), dib.GetHeight(), pixels->stride));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+  auto* holder = new (std::nothrow) std::shared_ptr<const void>(kept);
+  if (!holder) return nullptr;
+  if (cairo_surface_set_user_data(surface.get(), &kPixelsHolderKey, holder, ReleasePixelsHolder) !=
+      CAIRO_STATUS_SUCCESS) {
+    delete holder;
+    return nullptr;
+  }
+  return surface;
+}
+
+// A premultiplied ARGB32 copy of `dib` (formats 2, 4 and 7), or null; the
+// copy kept with the bitmap when it keeps one.
+CairoSurfacePtr MakeSourceSurface(const Dib& dib) {
+  if (!IsSourceFormat(dib.GetFormat())) return nullptr;
+  if (CairoSurfacePtr kept = KeptSourceSurface(dib)) return kept;
+  CairoSurfacePtr surface(
+      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, dib.GetWidth(), dib.GetHeight()));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
+  cairo_surface_flush(surface.get());
+  ConvertToPremultiplied(dib, cairo_image_surface_get_data(surface.get()),
+                         cairo_image_surface_get_stride(surface.get()));
   cairo_surface_mark_dirty(surface.get());
   return surface;
 }
@@ -199,6 +260,7 @@ int ShowGlyphs(cairo_t* cr, const cairo_font_options_t* options, const Font& fon
   cairo_matrix_multiply(&glyphScale, &glyphSpace, &ctm);
   const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
   if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
+  const bool asOutlines = MaxScale(glyphScale) > kMaxCachedGlyphScale;
 
   std::lock_guard<std::recursive_mutex> lock(FtLock());
   CairoFontFacePtr face = MakeFontFace(source);
@@ -222,13 +284,19 @@ int ShowGlyphs(cairo_t* cr, const cairo_font_options_t* options, const Font& fon
       batch[pending++] = g;
     }
     if (pending == batch.size() || (i + 1 == count && pending > 0)) {
-      if (emboldenWidth > 0) {
+      if (emboldenWidth > 0 || asOutlines) {
+        // Emboldened glyphs are outlines widened by a stroke; very large
+        // glyphs are filled as outlines rather than cached as huge masks.
         cairo_new_path(cr);
         cairo_glyph_path(cr, batch.data(), static_cast<int>(pending));
-        cairo_set_line_width(cr, emboldenWidth);
-        cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
-        cairo_fill_preserve(cr);
-        cairo_stroke(cr);
+        if (emboldenWidth > 0) {
+          cairo_set_line_width(cr, emboldenWidth);
+          cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+          cairo_fill_preserve(cr);
+          cairo_stroke(cr);
+        } else {
+          cairo_fill(cr);
+        }
       } else {
         cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
       }

@@ -5,6 +5,8 @@
 #include <new>
 #include <unordered_map>
 
+#include "host/base/dib_device_cache.h"
+
 namespace host {
 
 namespace {
@@ -128,6 +130,7 @@ std::unique_ptr<Dib> Dib::Clone(const Rect* rect) const {
     if (!copy) return nullptr;
     copy->palette_ = palette_;
     std::memcpy(copy->pixels_.get(), pixels_.get(), ByteCount());
+    copy->deviceCache_ = deviceCache_;  // the same pixels
     return copy;
   }
   auto copy = Create(area.Width(), area.Height(), format_);
@@ -237,13 +240,19 @@ uint32_t Dib::GetPaletteEntry(int i) const {
   return palette_[static_cast<size_t>(i)];
 }
 
+void Dib::KeepDeviceData() {
+  if (!deviceCache_) deviceCache_ = std::make_shared<DibDeviceCache>();
+}
+
 void Dib::SetPaletteEntry(int i, uint32_t argb) {
   if (i < 0 || i >= GetPaletteSize()) return;
+  DropDeviceData();
   palette_[static_cast<size_t>(i)] = argb;
 }
 
 bool Dib::SetPalette(const uint32_t* entries, int count) {
   if (format_ != kDibIndexed8 || count < 0 || count > 256 || (count > 0 && !entries)) return false;
+  DropDeviceData();
   // The palette always has 256 slots so that every index byte is valid.
   std::fill(palette_.begin(), palette_.end(), 0u);
   std::copy_n(entries, count, palette_.begin());

@@ -10,6 +10,8 @@
 
 namespace host {
 
+class DibDeviceCache;
+
 /// Pixel formats. Values 2 and 7 are fixed by the seal library's contract.
 enum DibFormat : int {
   kDibInvalid = 0,
@@ -48,10 +50,24 @@ class HOST_API Dib {
   int GetPitch() const { return pitch_; }
   int GetBPP() const { return bpp_; }
   DibFormat GetFormat() const { return format_; }
-  uint8_t* GetBuffer() { return pixels_.get(); }
+  uint8_t* GetBuffer() {
+    DropDeviceData();
+    return pixels_.get();
+  }
   const uint8_t* GetBuffer() const { return pixels_.get(); }
-  uint8_t* GetScanline(int y) { return pixels_.get() + static_cast<size_t>(y) * pitch_; }
+  uint8_t* GetScanline(int y) {
+    DropDeviceData();
+    return pixels_.get() + static_cast<size_t>(y) * pitch_;
+  }
   const uint8_t* GetScanline(int y) const { return pixels_.get() + static_cast<size_t>(y) * pitch_; }
+
+  /// Lets devices keep what they derive from these pixels (a converted copy)
+  /// with the bitmap and its whole clones, until either is changed: any
+  /// non-const access to pixels or palette drops it. For bitmaps drawn many
+  /// times unchanged, such as cached seal pictures.
+  void KeepDeviceData();
+  /// The store of device data; null unless kept.
+  const std::shared_ptr<DibDeviceCache>& GetDeviceCache() const { return deviceCache_; }
 
   /// A copy of the whole bitmap, or of `rect` clipped to it; null when the
   /// clipped area is empty or memory runs out. Caller owns the result.
@@ -84,6 +100,9 @@ class HOST_API Dib {
   // A bitmap whose pixel bytes are not yet written; null when refused.
   static std::unique_ptr<Dib> Allocate(int width, int height, DibFormat format);
   size_t ByteCount() const { return static_cast<size_t>(pitch_) * height_; }
+  void DropDeviceData() {
+    if (deviceCache_) deviceCache_.reset();
+  }
 
   int width_ = 0;
   int height_ = 0;
@@ -92,6 +111,7 @@ class HOST_API Dib {
   DibFormat format_ = kDibInvalid;
   std::unique_ptr<uint8_t[]> pixels_;
   std::vector<uint32_t> palette_;
+  std::shared_ptr<DibDeviceCache> deviceCache_;
 };
 
 /// Bits per pixel of a format, or 0 for an unknown one.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/base/ft_face_source.h"
+#include "host/base/memory_face_cache.h"
 
 namespace host {
 
@@ -172,6 +173,7 @@ struct FontMgr::Impl {
   std::map<std::tuple<uint32_t, int, bool>, std::shared_ptr<const FaceSource>> byChar;
   // A null value records a family that resolves to nothing without fallback.
   std::map<std::tuple<std::string, int, bool>, std::shared_ptr<const FaceSource>> byRequest;
+  MemoryFaceCache memoryFaces;  // its own lock
 
   FcConfig* Config() {
     // Loading the configuration scans font directories: do it on first use only.
@@ -358,7 +360,11 @@ std::shared_ptr<const FaceSource> FontMgr::FindFaceForChar(uint32_t code, int we
 
 std::shared_ptr<const FaceSource> FontMgr::LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex) {
   if (!impl_->library || size > kMaxFontBytes) return nullptr;
-  return FtFaceSource::OpenMemory(impl_->library, data, size, faceIndex);
+  if (std::shared_ptr<const FaceSource> kept = impl_->memoryFaces.Find(data, size, faceIndex))
+    return kept;
+  std::shared_ptr<const FaceSource> face = FtFaceSource::OpenMemory(impl_->library, data, size, faceIndex);
+  impl_->memoryFaces.Add(data, size, faceIndex, face);
+  return face;
 }
 
 void FontMgr::RegisterFace(const std::string& family, std::shared_ptr<const FaceSource> face) {

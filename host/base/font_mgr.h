@@ -40,7 +40,8 @@ class HOST_API FontMgr {
   /// first, at `weight` and `italic` where there is a choice; null when no
   /// installed face has one. Cached.
   std::shared_ptr<const FaceSource> FindFaceForChar(uint32_t code, int weight, bool italic);
-  /// A face from font bytes (copied); null when FreeType refuses them.
+  /// A face from font bytes (copied); null when FreeType refuses them. The
+  /// same bytes give the same face while a MemoryFaceCache keeps it.
   std::shared_ptr<const FaceSource> LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex);
 
   /// Registers a face under a family name; FindFace returns it for that name

@@ -85,6 +85,7 @@ const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask
       if (std::unique_ptr<Dib> masked = ApplyMask(*image, *maskImage)) image = std::move(masked);
     }
   }
+  if (image) image->KeepDeviceData();  // converted once however often it is drawn
   if (image) bytes_ += static_cast<uint64_t>(image->GetPitch()) * static_cast<uint64_t>(image->GetHeight());
   return images_.emplace(key, std::move(image)).first->second.get();
 }

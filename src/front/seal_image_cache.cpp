@@ -31,6 +31,9 @@ bool Tarvik::AddSealImageToCache(const host::OfdMultiMedia* media, const Dib* di
   if (assoc && assoc->value) return false;
   if (!assoc) assoc = cache_.NewAssoc(key, hash);
   if (!assoc) return false;
+  // The cache owns the bitmap from here and never changes it: devices may
+  // keep their converted copy with it (and its copies) for every draw.
+  if (dib) const_cast<Dib*>(dib)->KeepDeviceData();
   assoc->value = dib;
   return true;
 }

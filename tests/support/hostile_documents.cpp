@@ -1,5 +1,6 @@
 #include "support/hostile_documents.h"
 
+#include <cstdint>
 #include <string>
 
 #include "support/zip_builder.h"
@@ -84,7 +85,7 @@ std::string SelfCrossingPathsPackage(int paths, int points) {
     data.reserve(static_cast<size_t>(points) * 16);
     for (int i = 1; i < points; ++i) {
       // Alternate between the top and the bottom edge, stepping across.
-      const int x = (i * 7919 + p * 131) % 210;
+      const int x = static_cast<int>((int64_t{i} * 7919 + p * 131) % 210);
       data += (i % 2) ? " L " + std::to_string(x) + " 297" : " L " + std::to_string(x) + " 0";
     }
     body += "<ofd:PathObject ID=\"" + std::to_string(10 + p) +
