@@ -44,6 +44,11 @@ void VerifyAll(host::OfdPackage& package, const host::OfdDocument& document,
       info.verdict = VerdictOf(v.status);
       info.verdictReason = v.reason;
       info.signer = v.signer;
+      info.verifiedSigningTime = v.signingTime;
+      info.timeStampTime = v.timeStampTime;
+      info.trusted = v.trusted;
+      info.changedFiles = v.changedFiles;
+      info.missingFiles = v.missingFiles;
       info.checks.clear();
       for (const host::VerifyCheck& c : v.checks) info.checks.push_back({c.name, OutcomeOf(c.outcome), c.detail});
       break;

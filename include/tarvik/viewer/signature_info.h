@@ -74,6 +74,11 @@ struct SignatureInfo {
   Verdict verdict = Verdict::kNotChecked;
   std::string verdictReason;  // the decisive failure or limitation, in words; empty when valid or intact
   std::string signer;         // the signer certificate's subject, when known
+  std::string verifiedSigningTime;  // "2025-01-01 12:00:00 UTC", when known
+  std::string timeStampTime;  // the time stamp's time; empty when none
+  bool trusted = false;       // the signer chains to a trust anchor
+  std::vector<std::string> changedFiles;  // signed files whose digest differs
+  std::vector<std::string> missingFiles;  // signed files not in the package
   std::vector<CheckResult> checks;
 };
 
