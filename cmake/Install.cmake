@@ -29,6 +29,7 @@ install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvik/host
   FILES_MATCHING PATTERN "*.h"
   PATTERN bitmap_device.h EXCLUDE
   PATTERN cairo_handles.h EXCLUDE
+  PATTERN cairo_canvas.h EXCLUDE
   PATTERN codec_internal.h EXCLUDE
   PATTERN ofd_xml.h EXCLUDE
   PATTERN page_object_parser.h EXCLUDE

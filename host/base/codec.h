@@ -48,4 +48,9 @@ inline std::unique_ptr<Dib> DecodeImage(StreamReader* reader, ImageFormat format
 HOST_API bool WritePng(const Dib& dib, const char* path);
 HOST_API bool EncodePng(const Dib& dib, std::string& out);
 
+/// Encodes a bitmap (formats kDibIndexed8, kDibRgb24, kDibArgb32) as a
+/// baseline JPEG of `quality` 1..100 (clamped), transparent pixels composed
+/// over white; false on failure.
+HOST_API bool EncodeJpeg(const Dib& dib, int quality, std::string& out);
+
 }  // namespace host

@@ -1,0 +1,35 @@
+// What a cairo-backed device draws with. Internal to the host platform: it
+// brings in cairo.h.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "host/base/cairo_device.h"
+#include "host/base/cairo_handles.h"
+
+namespace host {
+
+struct CairoDevice::Canvas {
+  CairoSurfacePtr surface;
+  CairoPtr cr;
+  CairoFontOptionsPtr fontOptions;
+  /// Text through faces cairo opens from the font files (vector output:
+  /// one embedded font per file); otherwise through the host's FT_Faces.
+  bool fontFacesByFile = false;
+
+  /// A context and unhinted font options over `surface`; null when cairo
+  /// cannot make them or the surface is in error.
+  static std::unique_ptr<Canvas> Make(CairoSurfacePtr surface);
+};
+
+/// 0xAARRGGBB with straight alpha to cairo's premultiplied pixel.
+inline uint32_t PremultiplyArgb(uint32_t argb) {
+  const uint32_t a = argb >> 24;
+  if (a == 255) return argb;
+  if (a == 0) return 0;
+  auto channel = [&](int shift) { return (((argb >> shift) & 0xFF) * a + 127) / 255 << shift; };
+  return a << 24 | channel(16) | channel(8) | channel(0);
+}
+
+}  // namespace host
