@@ -285,57 +285,107 @@ bool PageMatrix(const viewer::Document& doc, int index, double unitsPerInch, hos
   return true;
 }
 
-// Draws `pages` of `doc` onto a PDF (all pages) or SVG (one page) written to
-// `path`; false with a message.
-bool RenderVector(const Settings& s, const viewer::Document& doc, const Job& job, Console& console) {
+// Draws the job's page of `doc` into an SVG file; false with a message.
+bool RenderSvg(const Settings& s, const viewer::Document& doc, const Job& job, Console& console) {
+  const int index = job.pages[0];
+  host::Matrix matrix;
+  viewer::PageSize size;
+  std::string why;
+  OutputFile file;
+  if (!PageMatrix(doc, index, s.dpi, matrix, size, why) || !file.Open(job.path, why)) {
+    console.Message("tarvik render: " + why);
+    console.PageDone();
+    return false;
+  }
+  std::unique_ptr<host::VectorDevice> device = host::VectorDevice::Create(
+      host::VectorFormat::kSvg,
+      [&file](const unsigned char* data, size_t n) { return file.Write(data, n); }, size.width,
+      size.height, s.dpi);
+  bool ok = device != nullptr;
+  if (ok) {
+    viewer::RenderReport report;
+    ok = doc.RenderPage(index, *device, matrix, s.render, &report);
+    Report(console, doc, index, report);
+    if (!ok) console.Message("tarvik render: " + report.error.message);
+  }
+  console.PageDone();
+  const bool finished = device && device->Finish();
+  device.reset();
+  if (!file.Close(why)) {
+    console.Message("tarvik render: " + why);
+    return false;
+  }
+  if (ok && !finished) console.Message("tarvik render: " + job.path + ": cannot write the picture");
+  return ok && finished;
+}
+
+// One page of a PDF, drawn ahead (on any thread) into a recording.
+struct RecordedPage {
+  std::unique_ptr<host::VectorDevice> recording;
+  viewer::PageSize size;
+};
+
+bool RecordPage(const Settings& s, const viewer::Document& doc, int index, RecordedPage& out,
+                Console& console) {
+  host::Matrix matrix;
+  std::string why;
+  bool ok = PageMatrix(doc, index, s.dpi, matrix, out.size, why);
+  if (ok) {
+    out.recording = host::VectorDevice::Create(host::VectorFormat::kRecording, nullptr,
+                                               out.size.width, out.size.height, s.dpi);
+    if (!out.recording) why = doc.Name() + ": page " + std::to_string(index + 1) + ": cannot make a page of that size";
+    ok = out.recording != nullptr;
+  }
+  if (ok) {
+    viewer::RenderReport report;
+    ok = doc.RenderPage(index, *out.recording, matrix, s.render, &report);
+    Report(console, doc, index, report);
+    if (!ok) why = report.error.message;
+  }
+  if (!ok) {
+    console.Message("tarvik render: " + why);
+    out.recording.reset();
+  }
+  console.PageDone();
+  return ok;
+}
+
+// Writes the recorded pages of a job into one PDF, in order; false with a
+// message. Each recording is released once played.
+bool WritePdf(const Job& job, std::vector<RecordedPage>& pages, int dpi, Console& console) {
+  for (const RecordedPage& page : pages) {
+    if (!page.recording) return false;  // already reported
+  }
   OutputFile file;
   std::string why;
   if (!file.Open(job.path, why)) {
     console.Message("tarvik render: " + why);
     return false;
   }
-  std::unique_ptr<host::VectorDevice> device;
+  std::unique_ptr<host::VectorDevice> pdf;
   bool ok = true;
-  for (int index : job.pages) {
-    host::Matrix matrix;
-    viewer::PageSize size;
-    if (!PageMatrix(doc, index, s.dpi, matrix, size, why)) {
-      console.Message("tarvik render: " + why);
-      ok = false;
-      break;
-    }
-    if (!device) {
-      device = host::VectorDevice::Create(
-          s.format == Format::kPdf ? host::VectorFormat::kPdf : host::VectorFormat::kSvg,
+  for (size_t i = 0; i < pages.size() && ok; ++i) {
+    const viewer::PageSize& size = pages[i].size;
+    if (!pdf) {
+      pdf = host::VectorDevice::Create(
+          host::VectorFormat::kPdf,
           [&file](const unsigned char* data, size_t n) { return file.Write(data, n); }, size.width,
-          size.height, s.dpi);
-      if (!device) {
-        console.Message("tarvik render: " + doc.Name() + ": page " + std::to_string(index + 1) +
-                        ": cannot make a page of that size");
-        ok = false;
-        break;
-      }
-    } else if (!device->NextPage(size.width, size.height)) {
-      ok = false;
-      break;
+          size.height, dpi);
+      ok = pdf != nullptr;
+    } else {
+      ok = pdf->NextPage(size.width, size.height);
     }
-    viewer::RenderReport report;
-    const bool drawn = doc.RenderPage(index, *device, matrix, s.render, &report);
-    Report(console, doc, index, report);
-    if (!drawn) {
-      console.Message("tarvik render: " + report.error.message);
-      ok = false;
-    }
-    console.PageDone();
+    ok = ok && pdf->Play(*pages[i].recording);
+    pages[i].recording.reset();
   }
-  const bool finished = device ? device->Finish() : false;
-  device.reset();
+  ok = pdf && pdf->Finish() && ok;
+  pdf.reset();
   if (!file.Close(why)) {
     console.Message("tarvik render: " + why);
     return false;
   }
-  if (ok && !finished) console.Message("tarvik render: " + job.path + ": cannot write the document");
-  return ok && finished;
+  if (!ok) console.Message("tarvik render: " + job.path + ": cannot write the document");
+  return ok;
 }
 
 bool RenderRaster(const Settings& s, const viewer::Document& doc, const Job& job, Console& console) {
@@ -433,15 +483,31 @@ int RunRender(const std::vector<std::string>& args) {
   int total = 0;
   for (const Job& job : jobs) total += static_cast<int>(job.pages.size());
   Console console(!s.quiet && isatty(STDERR_FILENO), total);
-  // Whole documents first: a PDF is drawn page after page on one thread.
-  std::stable_partition(jobs.begin(), jobs.end(), [](const Job& j) { return j.pages.size() > 1; });
   std::vector<char> ok(jobs.size(), 0);
-  RunParallel(static_cast<int>(jobs.size()), s.threads, [&](int i) {
-    const Job& job = jobs[i];
-    const viewer::Document& doc = *docs[job.document];
-    ok[i] = s.format == Format::kPdf || s.format == Format::kSvg ? RenderVector(s, doc, job, console)
-                                                                 : RenderRaster(s, doc, job, console);
-  });
+  if (s.format == Format::kPdf) {
+    // Every page of every PDF is drawn into a recording on any thread; each
+    // PDF is then written from its recordings in page order.
+    std::vector<std::vector<RecordedPage>> recorded(jobs.size());
+    std::vector<std::pair<size_t, size_t>> tasks;
+    for (size_t j = 0; j < jobs.size(); ++j) {
+      recorded[j].resize(jobs[j].pages.size());
+      for (size_t k = 0; k < jobs[j].pages.size(); ++k) tasks.emplace_back(j, k);
+    }
+    RunParallel(static_cast<int>(tasks.size()), s.threads, [&](int t) {
+      const auto [j, k] = tasks[static_cast<size_t>(t)];
+      RecordPage(s, *docs[jobs[j].document], jobs[j].pages[k], recorded[j][k], console);
+    });
+    RunParallel(static_cast<int>(jobs.size()), s.threads, [&](int j) {
+      ok[j] = WritePdf(jobs[j], recorded[j], s.dpi, console);
+    });
+  } else {
+    RunParallel(static_cast<int>(jobs.size()), s.threads, [&](int i) {
+      const Job& job = jobs[i];
+      const viewer::Document& doc = *docs[job.document];
+      ok[i] = s.format == Format::kSvg ? RenderSvg(s, doc, job, console)
+                                       : RenderRaster(s, doc, job, console);
+    });
+  }
   console.Finish();
   for (char k : ok) failures += k ? 0 : 1;
   return failures ? kExitFailure : kExitOk;

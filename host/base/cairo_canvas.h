@@ -3,10 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 
 #include "host/base/cairo_device.h"
 #include "host/base/cairo_handles.h"
+#include "host/base/font.h"
 
 namespace host {
 
@@ -14,9 +16,16 @@ struct CairoDevice::Canvas {
   CairoSurfacePtr surface;
   CairoPtr cr;
   CairoFontOptionsPtr fontOptions;
-  /// Text through faces cairo opens from the font files (vector output:
-  /// one embedded font per file); otherwise through the host's FT_Faces.
-  bool fontFacesByFile = false;
+  /// Vector output: text through faces cairo opens from the font files
+  /// (one embedded font per file), each face kept in `faces` for the
+  /// canvas's life; otherwise through the host's FT_Faces, made per call.
+  bool forDocuments = false;
+  struct KeptFace {
+    std::shared_ptr<const FaceSource> source;  // pinned: its address is the key
+    CairoFontFacePtr face;
+  };
+  mutable std::map<const FaceSource*, KeptFace> faces;
+  mutable CairoSurfacePtr clearPixel;  // see RestateBlend in cairo_device.cpp
 
   /// A context and unhinted font options over `surface`; null when cairo
   /// cannot make them or the surface is in error.

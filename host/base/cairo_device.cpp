@@ -56,6 +56,31 @@ void SetBlend(cairo_t* cr, BlendMode blend) {
                                                        : CAIRO_OPERATOR_OVER);
 }
 
+// Before a blended operation on a document: cairo's PDF output (1.16)
+// believes a blend mode still holds after a clip change ended it, and would
+// draw the next blended operation normally. One transparent pixel drawn in
+// the normal mode, inside the clip, makes it state the blend mode again.
+// Call before the operation builds its path.
+void RestateBlend(const CairoDevice::Canvas& canvas, BlendMode blend) {
+  if (!canvas.forDocuments || blend == BlendMode::kNormal) return;
+  cairo_t* cr = canvas.cr.get();
+  if (!canvas.clearPixel) {
+    canvas.clearPixel.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1));
+    // Marked as drawn: a surface cairo knows to be clear is skipped.
+    cairo_surface_mark_dirty(canvas.clearPixel.get());
+  }
+  cairo_save(cr);
+  cairo_identity_matrix(cr);
+  double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+  cairo_clip_extents(cr, &x1, &y1, &x2, &y2);
+  cairo_new_path(cr);
+  cairo_rectangle(cr, x1, y1, std::min(1.0, x2 - x1), std::min(1.0, y2 - y1));
+  cairo_set_source_surface(cr, canvas.clearPixel.get(), x1, y1);
+  cairo_set_operator(cr, CAIRO_OPERATOR_OVER);
+  cairo_fill(cr);
+  cairo_restore(cr);
+}
+
 // Replaces the current path with `path` mapped by `m`, in device space (the
 // caller's CTM is the identity). False for a non-finite point.
 bool SetPath(cairo_t* cr, const Path& path, const Matrix& m) {
@@ -200,8 +225,18 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
 
   std::lock_guard<std::recursive_mutex> lock(FtLock());
   cairo_t* cr = canvas.cr.get();
-  CairoFontFacePtr face = MakeFontFace(source, canvas.fontFacesByFile);
+  CairoFontFacePtr face;
+  if (canvas.forDocuments) {
+    // One cairo face per host face for the device's life: a document
+    // embeds one font subset per cairo face.
+    CairoDevice::Canvas::KeptFace& kept = canvas.faces[source.get()];
+    if (!kept.face) kept = {source, MakeFontFace(source, true)};
+    if (kept.face) face.reset(cairo_font_face_reference(kept.face.get()));
+  } else {
+    face = MakeFontFace(source, false);
+  }
   if (!face) return 0;
+  RestateBlend(canvas, blend);
   cairo_save(cr);
   cairo_set_matrix(cr, &ctm);
   cairo_set_font_face(cr, face.get());
@@ -314,6 +349,7 @@ bool CairoDevice::OnFillPath(const Path& path, const Matrix& matrix, uint32_t co
                               BlendMode blend) {
   if (!canvas_) return false;
   cairo_t* cr = canvas_->cr.get();
+  RestateBlend(*canvas_, blend);
   if (!SetPath(cr, path, matrix)) return false;
   cairo_save(cr);
   cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
@@ -330,6 +366,7 @@ bool CairoDevice::OnStrokePath(const Path& path, const Matrix& matrix, uint32_t 
   cairo_matrix_t ctm;
   if (!canvas_ || !ToCairoMatrix(matrix, &ctm)) return false;
   cairo_t* cr = canvas_->cr.get();
+  RestateBlend(*canvas_, blend);
   // The path is built in device space; the matrix set afterwards only scales
   // the pen and the dashes. A width of 0 draws one device pixel.
   if (!SetPath(cr, path, matrix)) return false;
@@ -393,6 +430,7 @@ bool CairoDevice::OnDrawBitmapMatrix(const Dib& dib, const Matrix& matrix, int a
   if (!source) return false;
 
   cairo_t* cr = canvas_->cr.get();
+  RestateBlend(*canvas_, blend);
   cairo_save(cr);
   cairo_set_matrix(cr, &full);
   cairo_new_path(cr);
@@ -441,6 +479,7 @@ bool CairoDevice::OnFillPathGradient(const Path& path, const Matrix& matrix,
   cairo_pattern_set_matrix(pattern.get(), &inverse);
 
   cairo_t* cr = canvas_->cr.get();
+  RestateBlend(*canvas_, blend);
   if (!SetPath(cr, path, matrix)) return false;
   cairo_save(cr);
   cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD

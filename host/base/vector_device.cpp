@@ -4,9 +4,11 @@
 #include <cairo-svg.h>
 
 #include <cmath>
+#include <mutex>
 #include <new>
 
 #include "host/base/cairo_canvas.h"
+#include "host/base/font_mgr.h"
 
 namespace host {
 
@@ -56,18 +58,24 @@ VectorDevice::~VectorDevice() { Finish(); }
 
 std::unique_ptr<VectorDevice> VectorDevice::Create(VectorFormat format, Sink sink, double widthMm,
                                                    double heightMm, double unitsPerInch) {
-  if (!sink || !GoodSize(widthMm, heightMm) || !std::isfinite(unitsPerInch) ||
+  const bool recording = format == VectorFormat::kRecording;
+  if ((!sink && !recording) || !GoodSize(widthMm, heightMm) || !std::isfinite(unitsPerInch) ||
       !(unitsPerInch > 0) || Units(kMaxPageMm, unitsPerInch) >= (1 << 22)) {
     return nullptr;
   }
   std::unique_ptr<Output> output(new (std::nothrow) Output{std::move(sink)});
   if (!output) return nullptr;
   const double toPoints = kPointsPerInch / kMmPerInch;
+  const int width = Units(widthMm, unitsPerInch), height = Units(heightMm, unitsPerInch);
+  // A recording is kept in device units; the device that plays it scales.
+  const cairo_rectangle_t extents{0, 0, static_cast<double>(width), static_cast<double>(height)};
   CairoSurfacePtr surface(
       format == VectorFormat::kPdf
           ? cairo_pdf_surface_create_for_stream(&Output::Write, output.get(), widthMm * toPoints,
                                                 heightMm * toPoints)
-          : cairo_svg_surface_create_for_stream(&Output::Write, output.get(), widthMm, heightMm));
+      : format == VectorFormat::kSvg
+          ? cairo_svg_surface_create_for_stream(&Output::Write, output.get(), widthMm, heightMm)
+          : cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents));
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   if (format == VectorFormat::kSvg) {
     // Sizes in millimetres as the page gives them, not in points.
@@ -75,14 +83,15 @@ std::unique_ptr<VectorDevice> VectorDevice::Create(VectorFormat format, Sink sin
   }
   // Device units below cairo's user space: every matrix the drawing code
   // sets is in device units, and this scale turns them into surface units.
-  const double scale = SurfaceUnitsPerInch(format) / unitsPerInch;
-  cairo_surface_set_device_scale(surface.get(), scale, scale);
+  if (!recording) {
+    const double scale = SurfaceUnitsPerInch(format) / unitsPerInch;
+    cairo_surface_set_device_scale(surface.get(), scale, scale);
+  }
   std::unique_ptr<Canvas> canvas = Canvas::Make(std::move(surface));
   if (!canvas) return nullptr;
-  canvas->fontFacesByFile = true;
+  canvas->forDocuments = true;
   std::unique_ptr<VectorDevice> device(new (std::nothrow) VectorDevice(
-      Units(widthMm, unitsPerInch), Units(heightMm, unitsPerInch), format, unitsPerInch,
-      std::move(output), std::move(canvas)));
+      width, height, format, unitsPerInch, std::move(output), std::move(canvas)));
   return device;
 }
 
@@ -99,9 +108,29 @@ bool VectorDevice::NextPage(double widthMm, double heightMm) {
   return cairo_status(canvas_->cr.get()) == CAIRO_STATUS_SUCCESS && !output_->failed;
 }
 
+bool VectorDevice::Play(const VectorDevice& recording) {
+  if (!canvas_ || !recording.canvas_ || recording.format_ != VectorFormat::kRecording ||
+      format_ == VectorFormat::kRecording || recording.unitsPerInch_ != unitsPerInch_) {
+    return false;
+  }
+  cairo_t* cr = canvas_->cr.get();
+  cairo_surface_flush(recording.canvas_->surface.get());
+  cairo_save(cr);
+  cairo_identity_matrix(cr);
+  cairo_set_source_surface(cr, recording.canvas_->surface.get(), 0, 0);
+  cairo_paint(cr);
+  cairo_restore(cr);
+  return cairo_status(cr) == CAIRO_STATUS_SUCCESS && !output_->failed;
+}
+
 bool VectorDevice::Finish() {
   if (!canvas_) return !output_->failed;
   std::unique_ptr<Canvas> canvas = std::move(canvas_);
+  {
+    // The kept faces may release host faces: FreeType calls go under FtLock.
+    std::lock_guard<std::recursive_mutex> lock(FtLock());
+    canvas->faces.clear();
+  }
   const bool drawn = cairo_status(canvas->cr.get()) == CAIRO_STATUS_SUCCESS;
   canvas->cr.reset();
   cairo_surface_finish(canvas->surface.get());

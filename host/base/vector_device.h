@@ -13,7 +13,9 @@
 
 namespace host {
 
-enum class VectorFormat : int { kPdf = 0, kSvg = 1 };
+/// kRecording keeps the drawing of one page in memory for a PDF device to
+/// play later: pages can be drawn on several threads and written in order.
+enum class VectorFormat : int { kPdf = 0, kSvg = 1, kRecording = 2 };
 
 /// A CairoDevice over a PDF or SVG surface. Device units are 1/unitsPerInch
 /// of an inch (y down, origin at the page's top left), so a caller maps page
@@ -26,7 +28,8 @@ class HOST_API VectorDevice final : public CairoDevice {
   using Sink = std::function<bool(const unsigned char* data, size_t size)>;
 
   /// A device whose first page is `widthMm` x `heightMm`; null for a size or
-  /// resolution that is not positive and finite, or a page wider than 5 m.
+  /// resolution that is not positive and finite, a page wider than 5 m, or
+  /// no sink (a recording needs none).
   static std::unique_ptr<VectorDevice> Create(VectorFormat format, Sink sink, double widthMm,
                                               double heightMm, double unitsPerInch);
   /// Finishes the output when Finish was not called.
@@ -35,6 +38,10 @@ class HOST_API VectorDevice final : public CairoDevice {
   /// Ends the current page and starts one of `widthMm` x `heightMm`. PDF
   /// only (false for SVG), and only with no state saved.
   bool NextPage(double widthMm, double heightMm);
+  /// Draws what `recording` (a kRecording device of the same units per
+  /// inch, not finished) holds onto the current page, as vectors. False on
+  /// failure or for devices that do not fit.
+  bool Play(const VectorDevice& recording);
   /// Ends the document and writes the rest; false when cairo failed or the
   /// sink refused bytes. Drawing afterwards is ignored.
   bool Finish();
