@@ -117,6 +117,7 @@ TEST_F(Cli, UsageErrorsNameTheOptionAndTheCause) {
       {"render " + doc + " --pages 3-1 -o a.png", "'3-1' runs backwards"},
       {"render " + doc + " --pages 0 -o a.png", "pages count from 1"},
       {"render " + doc + " -o a.bmp", "cannot tell the format of 'a.bmp'"},
+      {"render " + doc + " -f jpeg -o a.png", "--format JPEG but 'a.png' names PNG"},
       {"render " + doc + " " + doc + " -o a.png", "several input files need a folder"},
       {"render " + doc, "no output"},
       {"render " + doc + " -o", "option '-o' needs a value"},

@@ -227,6 +227,12 @@ int ReadSettings(const std::vector<std::string>& args, Settings& s, bool& help) 
     return UsageError("render", "cannot tell the format of '" + s.output +
                                     "' from its extension (.png, .jpg, .pdf, .svg): give --format");
   }
+  Format named = s.format;
+  if (haveFormat && !s.toStdout && !s.toDirectory && FormatFromPath(s.output, named) &&
+      named != s.format) {
+    return UsageError("render", std::string("--format ") + FormatName(s.format) + " but '" +
+                                    s.output + "' names " + FormatName(named));
+  }
   if (s.inputs.size() > 1 && !s.toDirectory) {
     return UsageError("render", "several input files need a folder: -o DIR/");
   }

@@ -167,6 +167,11 @@ int RunSeal(const std::vector<std::string>& args) {
     return UsageError("seal", "cannot tell the format of '" + output +
                                   "' from its extension (.png, .pdf, .svg): give --format");
   }
+  Format named = format;
+  if (haveFormat && output != "-" && FormatFromPath(output, named) && named != format) {
+    return UsageError("seal", std::string("--format ") + FormatName(format) + " but '" + output +
+                                  "' names " + FormatName(named));
+  }
   if (format == Format::kJpeg) return UsageError("seal", "seals are written as PNG, PDF or SVG");
   if (output == "-" && isatty(STDOUT_FILENO)) {
     return UsageError("seal", "standard output is a terminal: not writing a picture there");
