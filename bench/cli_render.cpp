@@ -9,7 +9,10 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <cstdint>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -42,6 +45,26 @@ void BM_RenderPages(benchmark::State& state) {
   fs::remove_all(out);
 }
 BENCHMARK(BM_RenderPages)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(3);
+
+// The machine's own ceiling for the ratio above, in the same run: a fixed
+// amount of arithmetic split over one or two threads. On a shared or
+// virtual machine two threads may give less than 2x here too.
+void BM_CpuCeiling(benchmark::State& state) {
+  const int threads = static_cast<int>(state.range(0));
+  constexpr uint64_t kWork = 400'000'000;
+  for (auto _ : state) {
+    std::vector<std::thread> pool;
+    for (int t = 0; t < threads; ++t) {
+      pool.emplace_back([&] {
+        uint64_t x = 1;
+        for (uint64_t i = 0; i < kWork / threads; ++i) x = x * 6364136223846793005ULL + i;
+        benchmark::DoNotOptimize(x);
+      });
+    }
+    for (std::thread& t : pool) t.join();
+  }
+}
+BENCHMARK(BM_CpuCeiling)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(3);
 
 // The signed sample as PDF and as PNG: the counters are the file sizes.
 void BM_SignedPageFormats(benchmark::State& state) {
