@@ -175,7 +175,7 @@ int ReadSettings(const std::vector<std::string>& args, Settings& s, bool& help) 
         if (havePage) return UsageError("render", "give --page or --pages once");
         havePage = true;
         if (o.spec->id == kPage && !ParseInteger(o.value, 1, 1000000, n, why)) {
-          return BadValue("render", o, why);
+          return BadValue("render", o, why + " (for several pages: --pages 1-3,5)");
         }
         if (!s.pages.Parse(o.value, why)) return BadValue("render", o, why);
         break;
