@@ -20,7 +20,9 @@ struct Command {
   int (*run)(const std::vector<std::string>& args);
 };
 
-// The sub-commands, in the order the help lists them.
+// The sub-commands, in the order the help lists them. A command is a name,
+// a line of help and a function over its arguments (a `verify` command
+// joins the table the same way).
 const Command kCommands[] = {
     {"render", "draw documents' pages with their seals as PNG, JPEG, PDF or SVG", tools::RunRender},
     {"seal", "decode a seal picture, seal file or signed value into PNG, PDF or SVG", tools::RunSeal},
