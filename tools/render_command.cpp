@@ -356,43 +356,59 @@ bool RecordPage(const Settings& s, const viewer::Document& doc, int index, Recor
   return ok;
 }
 
-// Writes the recorded pages of a job into one PDF, in order; false with a
-// message. Each recording is released once played.
-bool WritePdf(const Job& job, std::vector<RecordedPage>& pages, int dpi, Console& console) {
-  for (const RecordedPage& page : pages) {
-    if (!page.recording) return false;  // already reported
-  }
-  OutputFile file;
-  std::string why;
-  if (!file.Open(job.path, why)) {
-    console.Message("tarvik render: " + why);
-    return false;
-  }
-  std::unique_ptr<host::VectorDevice> pdf;
-  bool ok = true;
-  for (size_t i = 0; i < pages.size() && ok; ++i) {
-    const viewer::PageSize& size = pages[i].size;
-    if (!pdf) {
-      pdf = host::VectorDevice::Create(
+// One PDF being written: pages are played into it in order as their
+// recordings arrive, and the file is removed when a page fails.
+class PdfOutput {
+ public:
+  PdfOutput(const Job& job, int dpi) : job_(job), dpi_(dpi) {}
+
+  // Plays the next page (null when it could not be drawn; already reported).
+  void Add(const RecordedPage& page, Console& console) {
+    if (!ok_) return;
+    std::string why;
+    if (!page.recording) {
+      ok_ = false;
+    } else if (!pdf_) {
+      if (!file_.Open(job_.path, why)) {
+        console.Message("tarvik render: " + why);
+        ok_ = false;
+        return;
+      }
+      pdf_ = host::VectorDevice::Create(
           host::VectorFormat::kPdf,
-          [&file](const unsigned char* data, size_t n) { return file.Write(data, n); }, size.width,
-          size.height, dpi);
-      ok = pdf != nullptr;
+          [this](const unsigned char* data, size_t n) { return file_.Write(data, n); },
+          page.size.width, page.size.height, dpi_);
+      ok_ = pdf_ && pdf_->Play(*page.recording);
     } else {
-      ok = pdf->NextPage(size.width, size.height);
+      ok_ = pdf_->NextPage(page.size.width, page.size.height) && pdf_->Play(*page.recording);
     }
-    ok = ok && pdf->Play(*pages[i].recording);
-    pages[i].recording.reset();
   }
-  ok = pdf && pdf->Finish() && ok;
-  pdf.reset();
-  if (!file.Close(why)) {
-    console.Message("tarvik render: " + why);
-    return false;
+
+  // Ends the document; false with a message when it could not be written.
+  bool Finish(Console& console) {
+    const bool finished = pdf_ && pdf_->Finish();
+    pdf_.reset();
+    std::string why;
+    const bool closed = file_.Close(why);
+    if (!closed) console.Message("tarvik render: " + why);
+    const bool written = ok_ && finished && closed;
+    if (ok_ && closed && !finished) {
+      console.Message("tarvik render: " + job_.path + ": cannot write the document");
+    }
+    if (!written && job_.path != "-") {
+      std::error_code ec;
+      std::filesystem::remove(job_.path, ec);
+    }
+    return written;
   }
-  if (!ok) console.Message("tarvik render: " + job.path + ": cannot write the document");
-  return ok;
-}
+
+ private:
+  const Job& job_;
+  const int dpi_;
+  OutputFile file_;
+  std::unique_ptr<host::VectorDevice> pdf_;
+  bool ok_ = true;
+};
 
 bool RenderRaster(const Settings& s, const viewer::Document& doc, const Job& job, Console& console) {
   const int index = job.pages[0];
@@ -491,21 +507,30 @@ int RunRender(const std::vector<std::string>& args) {
   Console console(!s.quiet && isatty(STDERR_FILENO), total);
   std::vector<char> ok(jobs.size(), 0);
   if (s.format == Format::kPdf) {
-    // Every page of every PDF is drawn into a recording on any thread; each
-    // PDF is then written from its recordings in page order.
-    std::vector<std::vector<RecordedPage>> recorded(jobs.size());
-    std::vector<std::pair<size_t, size_t>> tasks;
+    // Pages are drawn into recordings on any thread, a window of them at a
+    // time (memory stays bounded), then played into their PDFs in order.
+    std::vector<std::pair<size_t, size_t>> tasks;  // (job, page of the job)
+    std::vector<std::unique_ptr<PdfOutput>> outputs;
     for (size_t j = 0; j < jobs.size(); ++j) {
-      recorded[j].resize(jobs[j].pages.size());
+      outputs.push_back(std::make_unique<PdfOutput>(jobs[j], s.dpi));
       for (size_t k = 0; k < jobs[j].pages.size(); ++k) tasks.emplace_back(j, k);
     }
-    RunParallel(static_cast<int>(tasks.size()), s.threads, [&](int t) {
-      const auto [j, k] = tasks[static_cast<size_t>(t)];
-      RecordPage(s, *docs[jobs[j].document], jobs[j].pages[k], recorded[j][k], console);
-    });
-    RunParallel(static_cast<int>(jobs.size()), s.threads, [&](int j) {
-      ok[j] = WritePdf(jobs[j], recorded[j], s.dpi, console);
-    });
+    const size_t window = static_cast<size_t>(std::max(8, 4 * s.threads));
+    std::vector<RecordedPage> recorded(window);
+    for (size_t start = 0; start < tasks.size(); start += window) {
+      const size_t count = std::min(window, tasks.size() - start);
+      RunParallel(static_cast<int>(count), s.threads, [&](int t) {
+        const auto [j, k] = tasks[start + static_cast<size_t>(t)];
+        RecordPage(s, *docs[jobs[j].document], jobs[j].pages[k], recorded[static_cast<size_t>(t)],
+                   console);
+      });
+      for (size_t t = 0; t < count; ++t) {
+        const auto [j, k] = tasks[start + t];
+        outputs[j]->Add(recorded[t], console);
+        recorded[t] = RecordedPage();
+        if (k + 1 == jobs[j].pages.size()) ok[j] = outputs[j]->Finish(console);
+      }
+    }
   } else {
     RunParallel(static_cast<int>(jobs.size()), s.threads, [&](int i) {
       const Job& job = jobs[i];
