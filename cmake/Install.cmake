@@ -1,18 +1,19 @@
-# Installs the three libraries, the public headers, the tarvik program, a
-# CMake package (find_package(tarvik CONFIG): tarvik::host, tarvik::tarvik,
-# tarvik::viewer) and pkg-config files (tarvik-host, tarvik, tarvik-viewer).
+# Installs the libraries, the public headers, the tarvik program, a CMake
+# package (find_package(tarvik CONFIG): tarvik::host, tarvik::tarvik,
+# tarvik::viewer, tarvik::c) and pkg-config files (tarvik-host, tarvik,
+# tarvik-viewer, tarvik-c).
 include(CMakePackageConfigHelpers)
 
 set(TARVIK_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/tarvik)
 
 # Installed libraries find each other, and the program finds them, wherever
 # the prefix is.
-set_target_properties(tarvikhost tarvik tarvikviewer PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(tarvikhost tarvik tarvikviewer tarvik_c PROPERTIES INSTALL_RPATH "$ORIGIN")
 if(TARGET tarvik_cli)
   set_target_properties(tarvik_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-install(TARGETS tarvikhost tarvik tarvikviewer EXPORT tarvikTargets
+install(TARGETS tarvikhost tarvik tarvikviewer tarvik_c EXPORT tarvikTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -22,25 +23,20 @@ endif()
 
 # Public headers: the seal library's and the document library's, and the host
 # platform's (the API's types are host types), without the host's internal
-# headers, which need third-party headers or are not part of its interface.
+# headers: those that say "Internal to the ..." at their top need
+# third-party headers or are not part of its interface.
 install(DIRECTORY include/tarvik DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvik/host
-  FILES_MATCHING PATTERN "*.h"
-  PATTERN bitmap_device.h EXCLUDE
-  PATTERN cairo_handles.h EXCLUDE
-  PATTERN cairo_canvas.h EXCLUDE
-  PATTERN codec_internal.h EXCLUDE
-  PATTERN ofd_xml.h EXCLUDE
-  PATTERN page_object_parser.h EXCLUDE
-  PATTERN font_cache.h EXCLUDE
-  PATTERN image_cache.h EXCLUDE
-  PATTERN image_painter.h EXCLUDE
-  PATTERN object_clip.h EXCLUDE
-  PATTERN paint_context.h EXCLUDE
-  PATTERN path_painter.h EXCLUDE
-  PATTERN shading_painter.h EXCLUDE
-  PATTERN text_painter.h EXCLUDE)
+file(GLOB_RECURSE TARVIK_HOST_HEADERS RELATIVE ${PROJECT_SOURCE_DIR}/host
+  CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/host/*.h)
+foreach(header IN LISTS TARVIK_HOST_HEADERS)
+  file(STRINGS host/${header} top LIMIT_COUNT 6)
+  string(FIND "${top}" "Internal to the" internal)
+  if(internal EQUAL -1)
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES host/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tarvik/host/${folder})
+  endif()
+endforeach()
 
 install(EXPORT tarvikTargets NAMESPACE tarvik:: DESTINATION ${TARVIK_CMAKE_DIR})
 configure_package_config_file(cmake/tarvikConfig.cmake.in
@@ -57,7 +53,7 @@ set(TARVIK_PC_PREFIX "\${pcfiledir}")
 foreach(part IN LISTS TARVIK_PC_PARTS)
   string(APPEND TARVIK_PC_PREFIX "/..")
 endforeach()
-foreach(pc tarvik-host tarvik tarvik-viewer)
+foreach(pc tarvik-host tarvik tarvik-viewer tarvik-c)
   configure_file(cmake/${pc}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

@@ -9,7 +9,7 @@ PACKAGES="
   libjpeg62-turbo-dev libgif-dev libtiff-dev libjbig2dec0-dev
   libzip-dev libpugixml-dev libssl-dev libgtest-dev libgmock-dev
   libbenchmark-dev fonts-wqy-zenhei fonts-noto-cjk fonts-arphic-ukai
-  fonts-arphic-uming
+  fonts-arphic-uming python3 python3-pytest python3-numpy
 "
 
 missing=""

@@ -260,6 +260,26 @@ TEST(Codec_PngEncode, RoundTripsEachFormat) {
   EXPECT_FALSE(host::WritePng(*Dib::Create(2, 2, host::kDibRgb24), "/nonexistent-dir/x.png"));
 }
 
+// A file of an opaque 32-bit bitmap (a rendered page) is written without
+// alpha, with every colour kept; one translucent pixel keeps the alpha.
+TEST(Codec_PngEncode, FilesOfOpaqueBitmapsDropTheAlpha) {
+  const ts::SampleImage image = ts::GradientImage(13, 11, false);
+  for (bool translucent : {false, true}) {
+    std::unique_ptr<Dib> dib = Dib::Create(13, 11, host::kDibArgb32);
+    for (int y = 0; y < 11; ++y)
+      for (int x = 0; x < 13; ++x) dib->SetPixel(Point(x, y), image.At(x, y) | 0xFF000000u);
+    if (translucent) dib->SetPixel(Point(12, 10), 0x80402010);
+    const std::string path = ::testing::TempDir() + "codec_opaque.png";
+    ASSERT_TRUE(host::WritePng(*dib, path.c_str()));
+    StreamReaderPtr file(StreamReader::CreateFileStreamReader(path.c_str()));
+    std::unique_ptr<Dib> back = file ? host::DecodeImage(file.get()) : nullptr;
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->GetFormat(), translucent ? host::kDibArgb32 : host::kDibRgb24);
+    ExpectPixels(*back, [&](int x, int y) { return dib->GetPixel(Point(x, y)); }, 0);
+    std::remove(path.c_str());
+  }
+}
+
 TEST(Codec_Options, ClipImageSizeAndFrame) {
   const ts::SampleImage image = ts::GradientImage(16, 12, false);
   const std::string png = ts::MakePng(image, ts::PngKind::kRgb);

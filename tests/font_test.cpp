@@ -51,11 +51,11 @@ TEST_P(FontFamilyTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
 
 INSTANTIATE_TEST_SUITE_P(
     Families, FontFamilyTest,
-    ::testing::Values(FamilyCase{U"宋体", "Noto Serif CJK SC"}, FamilyCase{U"黑体", "Noto Sans CJK SC"},
+    ::testing::Values(FamilyCase{U"宋体", "AR PL UMing CN"}, FamilyCase{U"黑体", "Noto Sans Mono CJK SC"},
                       FamilyCase{U"楷体", "AR PL UKai CN"}, FamilyCase{U"仿宋", "AR PL UMing CN"},
-                      FamilyCase{U"SimSun", "Noto Serif CJK SC"}, FamilyCase{U"KaiTi_GB2312", "AR PL UKai CN"},
+                      FamilyCase{U"SimSun", "AR PL UMing CN"}, FamilyCase{U"KaiTi_GB2312", "AR PL UKai CN"},
                       FamilyCase{U"仿宋_GB2312", "AR PL UMing CN"}, FamilyCase{U"Microsoft YaHei", "Noto Sans CJK SC"},
-                      FamilyCase{U"方正小标宋简体", "Noto Serif CJK SC"}, FamilyCase{U"华文楷体", "AR PL UKai CN"},
+                      FamilyCase{U"方正小标宋简体", "AR PL UMing CN"}, FamilyCase{U"华文楷体", "AR PL UKai CN"},
                       FamilyCase{U"Times New Roman", nullptr}, FamilyCase{U"No Such Family 42", nullptr},
                       FamilyCase{U"", nullptr}, FamilyCase{nullptr, nullptr}),
     [](const ::testing::TestParamInfo<FamilyCase>& info) { return "Case" + std::to_string(info.index); });
@@ -96,7 +96,7 @@ TEST(FontMgrTest, FontMgr_AltFamilyUsedWhenFamilyUnknown) {
   EXPECT_NE(font.GetFaceHandle()->Describe().find("AR PL UKai CN"), std::string::npos);
   // A known family wins over the alternative.
   ASSERT_NE(font.LoadFont(U"黑体", U"楷体", 3, 400, 0), 0);
-  EXPECT_NE(font.GetFaceHandle()->Describe().find("Noto Sans CJK SC"), std::string::npos);
+  EXPECT_NE(font.GetFaceHandle()->Describe().find("Noto Sans Mono CJK SC"), std::string::npos);
 }
 
 TEST(FontMgrTest, FontMgr_ConcurrentFindFaceLoadsOneFace) {

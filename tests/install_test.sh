@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs the build into a temporary prefix, then builds the example there
 # with find_package and with pkg-config, runs both on the bundled signed
-# sample and checks the PNGs they write; also compiles every installed header.
+# sample and checks the PNGs they write; also compiles every installed header,
+# and the C example and the Python module (when installed) against the install.
 #   install_test.sh BUILD_DIR SOURCE_DIR GENERATOR
 set -eu
 BUILD=$1
@@ -43,4 +44,25 @@ c++ -o "$WORK/render_page_pc" "$SOURCE/examples/render_page.cpp" \
 "$WORK/render_page_pc" "$SOURCE/testdata/signed_v4_png.ofd" "$WORK/pc.png" 1 50 >/dev/null
 check_png "$WORK/pc.png"
 cmp -s "$WORK/cmake.png" "$WORK/pc.png" || { echo "the two builds render differently"; exit 1; }
+# The C interface: the CMake build's C example, and the same built with
+# pkg-config by a C compiler alone, render what the C++ example does.
+"$WORK/cmake-build/render_page_c" "$SOURCE/testdata/signed_v4_png.ofd" "$WORK/c.png" 1 50 >/dev/null
+cmp -s "$WORK/cmake.png" "$WORK/c.png" || { echo "the C example renders differently"; exit 1; }
+# shellcheck disable=SC2046
+cc -std=c99 -Wall -Werror -o "$WORK/render_page_c_pc" "$SOURCE/examples/render_page.c" \
+  $(pkg-config --cflags --libs tarvik-c) -Wl,-rpath,"$LIBDIR"
+"$WORK/render_page_c_pc" "$SOURCE/testdata/signed_v4_png.ofd" "$WORK/c_pc.png" 1 50 >/dev/null
+cmp -s "$WORK/cmake.png" "$WORK/c_pc.png" || { echo "the C example (pkg-config) renders differently"; exit 1; }
+
+# The Python module, when it was built: imported from the install alone.
+MODULE=$(find "$PREFIX" -path '*-packages/tarvik/__init__.py' | head -1)
+if [ -n "$MODULE" ]; then
+  PYTHONPATH=$(dirname "$(dirname "$MODULE")") ${PYTHON:-python3} -c "
+import sys, tarvik
+img = tarvik.open(sys.argv[1]).render(0, dpi=50)
+assert (img.width, img.height) == (413, 584), img
+assert img.to_png() == open(sys.argv[2], 'rb').read()
+" "$SOURCE/testdata/signed_v4_png.ofd" "$WORK/cmake.png"
+fi
+
 echo "installed, built with CMake and pkg-config, rendered $(png_size "$WORK/pc.png")"

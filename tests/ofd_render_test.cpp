@@ -18,7 +18,10 @@
 #include "host/ofd/ofd_page.h"
 #include "host/render/ofd_clip_page_area.h"
 #include "host/render/ofd_progressive_render.h"
+#include "host/render/image_cache.h"
 #include "host/render/ofd_render_context.h"
+#include "host/base/codec.h"
+#include "host/base/font.h"
 #include "support/image_samples.h"
 #include "support/opened_document.h"
 #include "support/render_compare.h"
@@ -237,7 +240,7 @@ TEST(OfdRender_References, MatchReferencePictures) {
   }
 }
 
-// Fill colours in every colour space, patterns as their cell's colour.
+// Fill colours in every colour space.
 TEST(OfdRender_Colors, FillsTakeTheirColourSpaceAndAlpha) {
   struct Case {
     const char* name;
@@ -250,11 +253,6 @@ TEST(OfdRender_Colors, FillsTakeTheirColourSpaceAndAlpha) {
       {"gray", Solid("0", "ColorSpace=\"6\""), kBlack},
       {"cmyk", Solid("0 255 255 0", "ColorSpace=\"5\""), kRed},
       {"alpha", Solid("0 0 0", "Alpha=\"128\""), 0xFF7F7F7F},
-      {"pattern", "<ofd:FillColor><ofd:Pattern Width=\"2\" Height=\"2\"><ofd:CellContent>"
-                  "<ofd:PathObject ID=\"9\" Fill=\"true\">" + Solid("0 0 255") +
-                  "<ofd:AbbreviatedData>M 0 0 L 2 0 L 2 2 C</ofd:AbbreviatedData></ofd:PathObject>"
-                  "</ofd:CellContent></ofd:Pattern></ofd:FillColor>",
-       kBlue},
   };
   for (const Case& c : cases) {
     const std::string body = "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" "
@@ -268,6 +266,221 @@ TEST(OfdRender_Colors, FillsTakeTheirColourSpaceAndAlpha) {
       EXPECT_NEAR(static_cast<int>((got >> shift) & 0xFF), static_cast<int>((c.expected >> shift) & 0xFF), 2)
           << c.name << std::hex << " got " << got;
     }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Page content: text without its font file, glyph groups, fallbacks,
+// default colours, patterns, synthetic bold
+
+int CountInk(const Dib& dib, int threshold = 160) {
+  int n = 0;
+  for (int y = 0; y < dib.GetHeight(); ++y)
+    for (int x = 0; x < dib.GetWidth(); ++x) {
+      const uint32_t p = dib.GetPixel(Point(x, y));
+      n += static_cast<int>((((p >> 16) & 0xFF) + ((p >> 8) & 0xFF) + (p & 0xFF)) / 3) < threshold;
+    }
+  return n;
+}
+
+int CountDifferent(const Dib& a, const Dib& b) {
+  int n = 0;
+  for (int y = 0; y < a.GetHeight(); ++y)
+    for (int x = 0; x < a.GetWidth(); ++x) n += a.GetPixel(Point(x, y)) != b.GetPixel(Point(x, y));
+  return n;
+}
+
+std::string Text(const std::string& attrs, const std::string& inner) {
+  return "<ofd:TextObject ID=\"1\" Boundary=\"0 0 40 40\" Size=\"8\" " + attrs + ">" + inner +
+         "</ofd:TextObject>";
+}
+
+// A page whose document resources add font 7, embedded from `fontFile`.
+std::unique_ptr<Dib> RenderWithEmbeddedFont(const std::string& body, const std::string& fontFile) {
+  const std::string docRes = OfdResXml(
+      "<ofd:Fonts><ofd:Font ID=\"7\" FontName=\"Embedded\"><ofd:FontFile>f.ttf</ofd:FontFile>"
+      "</ofd:Font><ofd:Font ID=\"8\" FontName=\"宋体\"><ofd:FontFile>missing.ttf</ofd:FontFile>"
+      "</ofd:Font></ofd:Fonts>");
+  return RenderPackage(OnePage(body, "", "<ofd:DocumentRes>DocRes.xml</ofd:DocumentRes>", "",
+                               {{"Doc_0/DocRes.xml", docRes}, {"Doc_0/f.ttf", fontFile}}),
+                       160, 160);
+}
+
+std::string ReadFile(const char* path) {
+  std::string out;
+  if (FILE* f = std::fopen(path, "rb")) {
+    char buf[65536];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) out.append(buf, n);
+    std::fclose(f);
+  }
+  return out;
+}
+
+// Each case draws the same picture twice: once as the document under test
+// writes it, once as plain characters.
+TEST(OfdRender_Text, GlyphIndicesAndGroupsDrawTheRightCharacters) {
+  const std::string dejavu = ReadFile("/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf");
+  if (dejavu.empty()) GTEST_SKIP() << "DejaVu Sans not installed";
+  Font face(nullptr);
+  ASSERT_TRUE(face.LoadFontFromMemory(reinterpret_cast<const uint8_t*>(dejavu.data()), dejavu.size()));
+  auto g = [&](char32_t c) { return std::to_string(face.GetGlyphIndex(c)); };
+  auto cg = [](int pos, int codes, int glyphs, const std::string& list) {
+    return "<ofd:CGTransform CodePosition=\"" + std::to_string(pos) + "\" CodeCount=\"" +
+           std::to_string(codes) + "\" GlyphCount=\"" + std::to_string(glyphs) +
+           "\"><ofd:Glyphs>" + list + "</ofd:Glyphs></ofd:CGTransform>";
+  };
+  const struct {
+    const char* name;
+    std::string tested, plain;
+  } cases[] = {
+      // Indices of a font that is not embedded (4) or whose file is missing
+      // (8) are meaningless: the characters are drawn.
+      {"no file", Text("Font=\"4\"", cg(0, 3, 3, "1 2 3") +
+                                         "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"9 9\">测试章</ofd:TextCode>"),
+       Text("Font=\"4\"", "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"9 9\">测试章</ofd:TextCode>")},
+      {"file missing", Text("Font=\"8\"", cg(0, 2, 2, "5 6") +
+                                              "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"9\">测试</ofd:TextCode>"),
+       Text("Font=\"4\"", "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"9\">测试</ofd:TextCode>")},
+      // Groups in the embedded font: 2 characters as 1 glyph, 1 as 2, 2 as 3;
+      // DeltaX steps from glyph to glyph.
+      {"2 to 1", Text("Font=\"7\"", cg(1, 2, 1, g(U'\uFB01')) +
+                                        "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"6 6\">xfiy</ofd:TextCode>"),
+       Text("Font=\"7\"", "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"6 6\">x\uFB01y</ofd:TextCode>")},
+      {"1 to 2", Text("Font=\"7\"", cg(0, 1, 2, g(U'A') + " " + g(U'B')) +
+                                        "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"7 7\">QC</ofd:TextCode>"),
+       Text("Font=\"7\"", "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"7 7\">ABC</ofd:TextCode>")},
+      {"2 to 3", Text("Font=\"7\"", cg(0, 2, 3, g(U'A') + " " + g(U'B') + " " + g(U'C')) +
+                                        "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"7 7\">QR</ofd:TextCode>"),
+       Text("Font=\"7\"", "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"7 7\">ABC</ofd:TextCode>")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::unique_ptr<Dib> tested = RenderWithEmbeddedFont(c.tested, dejavu);
+    std::unique_ptr<Dib> plain = RenderWithEmbeddedFont(c.plain, dejavu);
+    ASSERT_TRUE(tested && plain);
+    EXPECT_GT(CountInk(*plain), 100);
+    EXPECT_EQ(CountDifferent(*tested, *plain), 0);
+  }
+}
+
+TEST(OfdRender_Text, CharactersTheFontLacksComeFromElsewhereOrAsBoxes) {
+  // ♔ is in neither 楷体's substitute nor the CJK fallback, but in DejaVu Sans.
+  const std::string fallback = Text("Font=\"3\"", "<ofd:TextCode X=\"2\" Y=\"20\">\u2654</ofd:TextCode>");
+  const std::string dejavu =
+      "<ofd:TextObject ID=\"1\" Boundary=\"0 0 40 40\" Size=\"8\" Font=\"9\">"
+      "<ofd:TextCode X=\"2\" Y=\"20\">\u2654</ofd:TextCode></ofd:TextObject>";
+  const std::string res = OfdResXml("<ofd:Fonts><ofd:Font ID=\"9\" FontName=\"DejaVu Sans\"/></ofd:Fonts>");
+  auto render = [&](const std::string& body) {
+    return RenderPackage(OnePage(body, "", "<ofd:DocumentRes>DocRes.xml</ofd:DocumentRes>", "",
+                                 {{"Doc_0/DocRes.xml", res}}),
+                         160, 160);
+  };
+  std::unique_ptr<Dib> a = render(fallback), b = render(dejavu);
+  ASSERT_TRUE(a && b);
+  EXPECT_GT(CountInk(*a), 50);
+  EXPECT_EQ(CountDifferent(*a, *b), 0);
+  // A character no installed font has is a box, not nothing.
+  std::unique_ptr<Dib> box =
+      render(Text("Font=\"3\"", "<ofd:TextCode X=\"2\" Y=\"20\">\U0010FFFD</ofd:TextCode>"));
+  ASSERT_NE(box, nullptr);
+  EXPECT_GT(CountInk(*box), 50);
+}
+
+TEST(OfdRender_Text, BoldWithoutABoldFaceIsSynthesized) {
+  // The 楷体 substitute has no bold face.
+  auto render = [](const char* weight) {
+    return RenderPackage(OnePage(Text(std::string("Font=\"3\" Weight=\"") + weight + "\"",
+                                      "<ofd:TextCode X=\"2\" Y=\"20\" DeltaX=\"9 9\">测试章</ofd:TextCode>")),
+                         160, 160);
+  };
+  std::unique_ptr<Dib> regular = render("400"), bold = render("700");
+  ASSERT_TRUE(regular && bold);
+  EXPECT_GT(CountInk(*bold), CountInk(*regular) * 5 / 4);
+}
+
+TEST(OfdRender_Paths, DefaultColoursFollowTheObjectKind) {
+  const std::string square = "<ofd:AbbreviatedData>M 5 5 L 35 5 L 35 35 L 5 35 C</ofd:AbbreviatedData>";
+  const struct {
+    const char* name;
+    std::string body;
+    uint32_t inside;  // at (20, 20) mm
+    uint32_t edge;    // at (4, 20) mm
+  } cases[] = {
+      {"fill without colour", "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" +
+                                  square + "</ofd:PathObject>", kWhite, kWhite},
+      {"stroke without colour", "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" LineWidth=\"2\">" +
+                                    square + "</ofd:PathObject>", kWhite, kBlack},
+  };
+  for (const auto& c : cases) {
+    std::unique_ptr<Dib> dib = RenderPackage(OnePage(c.body), 40, 40);
+    ASSERT_NE(dib, nullptr) << c.name;
+    EXPECT_EQ(dib->GetPixel(Point(20, 20)), c.inside) << c.name;
+    EXPECT_EQ(dib->GetPixel(Point(4, 20)), c.edge) << c.name;
+  }
+  // Text without a colour is filled black.
+  const std::string code = "<ofd:TextCode X=\"5\" Y=\"30\">测试</ofd:TextCode>";
+  std::unique_ptr<Dib> plain = RenderPackage(OnePage(Text("Font=\"4\"", code)), 80, 80);
+  std::unique_ptr<Dib> black = RenderPackage(OnePage(Text("Font=\"4\"", Solid("0 0 0") + code)), 80, 80);
+  ASSERT_TRUE(plain && black);
+  EXPECT_GT(CountInk(*plain), 50);
+  EXPECT_EQ(CountDifferent(*plain, *black), 0);
+}
+
+// A 40 x 40 mm square filled with a pattern whose cell holds a 2 x 2 mm
+// blue square in its top-left corner; steps of 10 mm. Drawn at 1 px per mm.
+TEST(OfdRender_Paths, PatternCellsRepeatAtTheirStep) {
+  auto fill = [](const std::string& patternAttrs) {
+    return "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">"
+           "<ofd:FillColor><ofd:Pattern Width=\"4\" Height=\"4\" XStep=\"10\" YStep=\"10\" " +
+           patternAttrs +
+           "><ofd:CellContent><ofd:PathObject ID=\"9\" Boundary=\"0 0 4 4\" Fill=\"true\" Stroke=\"false\">" +
+           Solid("0 0 255") +
+           "<ofd:AbbreviatedData>M 0 0 L 2 0 L 2 2 L 0 2 C</ofd:AbbreviatedData></ofd:PathObject>"
+           "</ofd:CellContent></ofd:Pattern></ofd:FillColor>"
+           "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 40 L 0 40 C</ofd:AbbreviatedData></ofd:PathObject>";
+  };
+  const struct {
+    const char* name;
+    std::string attrs;
+    std::vector<Point> blue, white;
+  } cases[] = {
+      {"normal", "", {{1, 1}, {11, 1}, {21, 31}, {31, 11}}, {{5, 5}, {3, 1}, {13, 1}, {15, 15}}},
+      {"moved by its matrix", "CTM=\"1 0 0 1 5 0\"", {{6, 1}, {16, 11}}, {{1, 1}, {11, 1}}},
+      // Odd columns mirror the cell: their square sits at 2..4 mm of the cell.
+      {"mirrored columns", "ReflectMethod=\"Column\"", {{1, 1}, {13, 1}, {21, 1}}, {{11, 1}}},
+  };
+  for (const auto& c : cases) {
+    std::unique_ptr<Dib> dib = RenderPackage(OnePage(fill(c.attrs)), 40, 40);
+    ASSERT_NE(dib, nullptr) << c.name;
+    for (const Point& p : c.blue) EXPECT_EQ(dib->GetPixel(p), kBlue) << c.name << " " << p.x << "," << p.y;
+    for (const Point& p : c.white) EXPECT_EQ(dib->GetPixel(p), kWhite) << c.name << " " << p.x << "," << p.y;
+  }
+}
+
+// A GIF's transparent index makes the picture transparent only where pixels use it.
+TEST(OfdRender_Images, TransparencyIsJudgedFromThePixelsPresent) {
+  const std::vector<uint32_t> palette = {0xFFFFFFFF, 0xFFFF0000, 0xFF00FF00};
+  const struct {
+    const char* name;
+    std::vector<uint8_t> indices;
+    int transparent;
+    bool expected;
+  } cases[] = {
+      {"no transparent index", {0, 1, 1, 0}, -1, false},
+      {"transparent index unused", {0, 1, 1, 0}, 2, false},
+      {"transparent index used", {0, 1, 2, 0}, 2, true},
+  };
+  for (const auto& c : cases) {
+    testing_support::GifFrame frame;
+    frame.width = frame.height = 2;
+    frame.indices = c.indices;
+    frame.transparent = c.transparent;
+    const std::string gif = testing_support::MakeGif(2, 2, palette, {frame});
+    StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(gif));
+    std::unique_ptr<Dib> dib = DecodeImage(reader.get());
+    ASSERT_NE(dib, nullptr) << c.name;
+    EXPECT_EQ(HasTransparency(*dib), c.expected) << c.name;
   }
 }
 

@@ -19,6 +19,7 @@
 #include "host/render/ofd_page_render.h"
 #include "seal_drawing.h"
 #include "signature_list.h"
+#include "verification.h"
 
 namespace tarvik::viewer {
 
@@ -77,6 +78,7 @@ struct Document::Impl {
     tarvik = std::make_unique<Tarvik>(&document);
     signatures = host::OfdSignatures::Load(&document);
     signatureList = ListSignatures(document, signatures.get());
+    if (options.verify) VerifyAll(package, document, options.trustAnchors, signatureList);
     return true;
   }
 
@@ -228,7 +230,11 @@ bool Document::GetPixelSize(int index, double dpi, int& width, int& height, Erro
 
 void Document::Impl::Draw(host::OfdPage& page, host::Device& device, const host::Matrix& pageToDevice,
                           const RenderOptions& options, RenderReport& out) const {
-  host::RenderPageContent(&page, &device, pageToDevice);
+  std::string stopped;
+  if (host::RenderPageContent(&page, &device, pageToDevice, options.limits, &stopped) !=
+      host::RenderStop::kNone) {
+    out.warnings.push_back(name + ": " + stopped);
+  }
   DrawPageSeals(Seals(options), page, device, pageToDevice, options, out.seals);
 }
 

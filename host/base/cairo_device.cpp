@@ -217,9 +217,19 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
   const std::shared_ptr<const FaceSource> source = font.face();
   cairo_matrix_t ctm;
   if (!source || !source->FtFace() || !ToCairoMatrix(matrix, &ctm)) return 0;
+  // Italic the face lacks: glyphs slanted by about 11 degrees.
+  cairo_matrix_t glyphSpace = fontMatrix;
+  if (font.SyntheticItalic()) {
+    cairo_matrix_t slant;
+    cairo_matrix_init(&slant, 1, 0, -0.2, 1, 0, 0);
+    cairo_matrix_multiply(&glyphSpace, &slant, &fontMatrix);
+  }
+  // Bold the face lacks: outlines widened by a 24th of an em, as FreeType's
+  // emboldening does.
+  const double emboldenWidth = font.SyntheticBold() ? MaxScale(glyphSpace) / 24 : 0;
   // The glyphs' device scale must stay invertible and within what FreeType sizes.
   cairo_matrix_t glyphScale;
-  cairo_matrix_multiply(&glyphScale, &fontMatrix, &ctm);
+  cairo_matrix_multiply(&glyphScale, &glyphSpace, &ctm);
   const double det = glyphScale.xx * glyphScale.yy - glyphScale.xy * glyphScale.yx;
   if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
 
@@ -240,7 +250,7 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
   cairo_save(cr);
   cairo_set_matrix(cr, &ctm);
   cairo_set_font_face(cr, face.get());
-  cairo_set_font_matrix(cr, &fontMatrix);
+  cairo_set_font_matrix(cr, &glyphSpace);
   cairo_set_font_options(cr, canvas.fontOptions.get());
   SetColor(cr, color);
   SetBlend(cr, blend);
@@ -256,7 +266,16 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
       batch[pending++] = g;
     }
     if (pending == batch.size() || (i + 1 == count && pending > 0)) {
-      cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      if (emboldenWidth > 0) {
+        cairo_new_path(cr);
+        cairo_glyph_path(cr, batch.data(), static_cast<int>(pending));
+        cairo_set_line_width(cr, emboldenWidth);
+        cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+        cairo_fill_preserve(cr);
+        cairo_stroke(cr);
+      } else {
+        cairo_show_glyphs(cr, batch.data(), static_cast<int>(pending));
+      }
       pending = 0;
     }
   }

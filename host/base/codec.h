@@ -44,9 +44,12 @@ inline std::unique_ptr<Dib> DecodeImage(StreamReader* reader, ImageFormat format
 }
 
 /// Encodes a bitmap as PNG (32-bit with alpha, 24-bit RGB, or paletted);
-/// false on failure.
+/// false on failure. Written for speed (zlib level 1, the Up filter); a
+/// file of a fully opaque 32-bit bitmap is written as 24-bit RGB.
 HOST_API bool WritePng(const Dib& dib, const char* path);
-HOST_API bool EncodePng(const Dib& dib, std::string& out);
+/// As WritePng, into `out`. A fully opaque 32-bit bitmap keeps its alpha
+/// channel unless `dropOpaqueAlpha` (then the bytes equal WritePng's file).
+HOST_API bool EncodePng(const Dib& dib, std::string& out, bool dropOpaqueAlpha = false);
 
 /// Encodes a bitmap (formats kDibIndexed8, kDibRgb24, kDibArgb32) as a
 /// baseline JPEG of `quality` 1..100 (clamped), transparent pixels composed

@@ -2,6 +2,7 @@
 
 #include "host/base/app_context.h"
 #include "host/base/font_mgr.h"
+#include "host/base/ft_face_source.h"
 #include "host/base/wide_string.h"
 
 namespace host {
@@ -29,6 +30,20 @@ int Font::LoadFont(const char32_t* family, const char32_t* altFamily, int /*flag
   if (!face) return 0;
   face_ = std::move(face);
   return 1;
+}
+
+int Font::LoadFontForChar(uint32_t code, int weight, int italic) {
+  if (!mgr_) return 0;
+  std::shared_ptr<const FaceSource> face = mgr_->FindFaceForChar(code, weight, italic != 0);
+  if (!face) return 0;
+  face_ = std::move(face);
+  return 1;
+}
+
+void Font::SynthesizeMissingStyle(int weight, bool italic) {
+  const auto* ft = dynamic_cast<const FtFaceSource*>(face_.get());
+  syntheticBold_ = ft && weight >= 600 && !ft->IsBold();
+  syntheticItalic_ = ft && italic && !ft->IsItalic();
 }
 
 int Font::LoadFontFromMemory(const uint8_t* data, size_t size, int faceIndex) {

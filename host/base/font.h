@@ -31,6 +31,16 @@ class HOST_API Font {
   /// families fall back to a CJK face. Returns non-zero on success, 0 when no
   /// face at all can be loaded. Null names are taken as empty.
   int LoadFont(const char32_t* family, const char32_t* altFamily, int flags, int weight, int italic);
+  /// Loads an installed face that has a glyph for `code`, preferring Chinese
+  /// faces at `weight` and `italic`; 0 when no installed face has one.
+  int LoadFontForChar(uint32_t code, int weight, int italic);
+  /// Asks drawing to make up what the loaded face lacks of `weight` (600 and
+  /// above: bold, by widening outlines) and `italic` (by slanting). A face
+  /// that has the style itself is drawn as it is.
+  void SynthesizeMissingStyle(int weight, bool italic);
+  /// Whether drawing should embolden or slant this font's glyphs.
+  bool SyntheticBold() const { return syntheticBold_; }
+  bool SyntheticItalic() const { return syntheticItalic_; }
   /// Loads a font file held in memory (TrueType, OpenType, CFF, Type 1);
   /// non-zero on success. The bytes are copied.
   int LoadFontFromMemory(const uint8_t* data, size_t size, int faceIndex = 0);
@@ -51,6 +61,8 @@ class HOST_API Font {
  protected:
   FontMgr* mgr_;
   std::shared_ptr<const FaceSource> face_;
+  bool syntheticBold_ = false;
+  bool syntheticItalic_ = false;
 };
 
 /// A loaded face: glyph lookup and metrics, plus what a rasteriser needs.

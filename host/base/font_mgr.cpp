@@ -33,41 +33,85 @@ using FcPatternPtr = std::unique_ptr<FcPattern, FcPatternDeleter>;
 // A character every Chinese face has; a face without it would draw boxes.
 constexpr FcChar32 kCjkProbe = 0x4E2D;  // 中
 
+// Characters whose face is remembered.
+constexpr size_t kMaxCharEntries = 16384;
+
 // Embedded fonts above this size are refused rather than copied.
 constexpr size_t kMaxFontBytes = size_t{256} << 20;
 
-// The look a Chinese family name asks for.
-enum class Look { kNone, kKai, kSong, kFangSong, kHei };
+// Font substitution: family names seen in real documents, and the installed
+// families drawn in their place, best first. A name is compared after
+// Normalise() (ASCII lower-case, blanks removed). A substitute is taken only
+// when it is installed (and, for Chinese names, has Chinese glyphs); when
+// none is, the CJK fallback below answers. Names not in the table still say
+// which look they want (LookOf), e.g. 方正楷体_GBK or 华文中宋.
+//
+//  look        names                               substitutes, best first
+//  ----------  ----------------------------------  ------------------------------------------
+//  Song        宋体 SimSun NSimSun 新宋体 Song      AR PL UMing CN, Noto Serif CJK SC,
+//                                                  Source Han Serif SC
+//  SongProp    华文宋体 STSong 华文中宋 STZhongsong  Noto Serif CJK SC, Source Han Serif SC,
+//                                                  AR PL UMing CN
+//  Kai         楷体 KaiTi 楷体_GB2312 STKaiti ...   AR PL UKai CN, AR PL KaitiM GB
+//  FangSong    仿宋 FangSong 仿宋_GB2312 ...        AR PL UMing CN, Noto Serif CJK SC
+//  Hei         黑体 SimHei STHeiti 华文黑体          Noto Sans Mono CJK SC, WenQuanYi Zen Hei Mono,
+//                                                  Noto Sans CJK SC, WenQuanYi Zen Hei
+//  HeiProp     微软雅黑 Microsoft YaHei             Noto Sans CJK SC, Source Han Sans SC,
+//                                                  WenQuanYi Zen Hei
+//
+// Latin families (Courier New, Times New Roman, Arial...) are not in this
+// table: a lone Latin name must still give a face with Chinese glyphs. The
+// page renderer passes a Latin look-alike as the alternative family instead
+// (font_cache.cpp: Courier -> DejaVu Sans Mono, Times -> DejaVu Serif, Arial
+// -> DejaVu Sans) and asks a CJK face for the characters it lacks.
+//
+// Why: SimSun, KaiTi, FangSong and SimHei draw Latin letters and digits at
+// half an em, and documents place them by those widths (DeltaX). AR PL UMing
+// and UKai, WenQuanYi Zen Hei Mono and Noto Sans Mono CJK keep that width,
+// so long account numbers and IDs do not run into each other; the Noto CJK
+// faces have proportional, wider Latin and come second (the text painter
+// narrows any glyph wider than its place). A bold request takes the first
+// substitute with a real bold face (Noto) before one drawn emboldened.
+// UMing, a Ming face, is the nearest installed look to both SimSun and FangSong; UKai is a Kai face. The YaHei
+// and STSong families are proportional themselves, so the proportional Noto
+// faces come first there.
+enum class Look { kNone, kSong, kSongProp, kKai, kFangSong, kHei, kHeiProp };
 
-// Names as Normalise() leaves them: ASCII lower-case, blanks removed.
 struct Alias {
   const char* name;
   Look look;
 };
 constexpr Alias kAliases[] = {
-    {"楷体", Look::kKai},          {"kaiti", Look::kKai},           {"楷体_gb2312", Look::kKai},
-    {"kaiti_gb2312", Look::kKai},  {"stkaiti", Look::kKai},         {"华文楷体", Look::kKai},
-    {"宋体", Look::kSong},         {"simsun", Look::kSong},         {"nsimsun", Look::kSong},
-    {"新宋体", Look::kSong},       {"stsong", Look::kSong},         {"华文宋体", Look::kSong},
-    {"song", Look::kSong},         {"仿宋", Look::kFangSong},       {"fangsong", Look::kFangSong},
-    {"仿宋_gb2312", Look::kFangSong}, {"fangsong_gb2312", Look::kFangSong},
-    {"stfangsong", Look::kFangSong},  {"华文仿宋", Look::kFangSong}, {"黑体", Look::kHei},
-    {"simhei", Look::kHei},        {"微软雅黑", Look::kHei},        {"microsoftyahei", Look::kHei},
-    {"stheiti", Look::kHei},       {"华文黑体", Look::kHei},
+    {"宋体", Look::kSong},           {"simsun", Look::kSong},           {"nsimsun", Look::kSong},
+    {"新宋体", Look::kSong},         {"song", Look::kSong},             {"宋体_gb2312", Look::kSong},
+    {"华文宋体", Look::kSongProp},   {"stsong", Look::kSongProp},       {"华文中宋", Look::kSongProp},
+    {"stzhongsong", Look::kSongProp},
+    {"楷体", Look::kKai},            {"kaiti", Look::kKai},             {"楷体_gb2312", Look::kKai},
+    {"kaiti_gb2312", Look::kKai},    {"stkaiti", Look::kKai},           {"华文楷体", Look::kKai},
+    {"仿宋", Look::kFangSong},       {"fangsong", Look::kFangSong},     {"仿宋_gb2312", Look::kFangSong},
+    {"fangsong_gb2312", Look::kFangSong}, {"stfangsong", Look::kFangSong}, {"华文仿宋", Look::kFangSong},
+    {"黑体", Look::kHei},            {"simhei", Look::kHei},            {"stheiti", Look::kHei},
+    {"华文黑体", Look::kHei},        {"微软雅黑", Look::kHeiProp},      {"microsoftyahei", Look::kHeiProp},
 };
 
-// Free look-alikes per look, best first.
+// Installed look-alikes per look, best first (see the table above).
 std::vector<const char*> LookAlikes(Look look) {
   switch (look) {
+    case Look::kSong: return {"AR PL UMing CN", "Noto Serif CJK SC", "Source Han Serif SC"};
+    case Look::kSongProp: return {"Noto Serif CJK SC", "Source Han Serif SC", "AR PL UMing CN"};
     case Look::kKai: return {"AR PL UKai CN", "AR PL KaitiM GB"};
-    case Look::kSong: return {"Noto Serif CJK SC", "Source Han Serif SC", "AR PL UMing CN"};
     case Look::kFangSong: return {"AR PL UMing CN", "Noto Serif CJK SC"};
-    case Look::kHei: return {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Zen Hei"};
+    case Look::kHei:
+      return {"Noto Sans Mono CJK SC", "WenQuanYi Zen Hei Mono", "Noto Sans CJK SC",
+              "WenQuanYi Zen Hei"};
+    case Look::kHeiProp: return {"Noto Sans CJK SC", "Source Han Sans SC", "WenQuanYi Zen Hei"};
     case Look::kNone: break;
   }
   return {};
 }
 
+// Asked, in this order, when nothing above answers: faces with broad Chinese
+// coverage, a sans first (legible at small sizes).
 constexpr const char* kCjkFallbacks[] = {"WenQuanYi Zen Hei", "Noto Sans CJK SC", "Noto Serif CJK SC",
                                          "AR PL UMing CN"};
 
@@ -123,6 +167,9 @@ struct FontMgr::Impl {
   bool configTried = false;
   std::map<std::string, std::shared_ptr<const FaceSource>> registered;
   std::map<std::pair<std::string, int>, std::shared_ptr<const FaceSource>> byFile;
+  // Faces found for single characters; a null value records a character no
+  // installed face has.
+  std::map<std::tuple<uint32_t, int, bool>, std::shared_ptr<const FaceSource>> byChar;
   // A null value records a family that resolves to nothing without fallback.
   std::map<std::tuple<std::string, int, bool>, std::shared_ptr<const FaceSource>> byRequest;
 
@@ -177,8 +224,42 @@ struct FontMgr::Impl {
   std::shared_ptr<const FaceSource> ResolveExact(const std::string& family, int weight, bool italic) {
     // A Chinese name must give a face with Chinese glyphs.
     if (auto face = Installed(family, weight, italic, IsNonAscii(family))) return face;
-    for (const char* alike : LookAlikes(LookOf(Normalise(family)))) {
-      if (auto face = Installed(alike, weight, italic, true)) return face;
+    // A bold request prefers a look-alike with a real bold face.
+    const Look look = LookOf(Normalise(family));
+    for (bool needBold : {weight >= 600, false}) {
+      for (const char* alike : LookAlikes(look)) {
+        auto face = Installed(alike, weight, italic, true);
+        if (face && (!needBold || static_cast<const FtFaceSource&>(*face).IsBold())) return face;
+      }
+    }
+    return nullptr;
+  }
+
+  std::shared_ptr<const FaceSource> ResolveChar(uint32_t code, int weight, bool italic) {
+    FcConfig* cfg = Config();
+    FcPatternPtr pat(FcPatternCreate());
+    std::unique_ptr<FcCharSet, FcCharSetDeleter> cs(FcCharSetCreate());
+    if (!cfg || !pat || !cs || !FcCharSetAddChar(cs.get(), code)) return nullptr;
+    FcPatternAddCharSet(pat.get(), FC_CHARSET, cs.get());
+    FcPatternAddString(pat.get(), FC_LANG, reinterpret_cast<const FcChar8*>("zh-cn"));
+    FcPatternAddInteger(pat.get(), FC_WEIGHT, FcWeightFromOpenType(weight));
+    FcPatternAddInteger(pat.get(), FC_SLANT, italic ? FC_SLANT_ITALIC : FC_SLANT_ROMAN);
+    FcPatternAddBool(pat.get(), FC_SCALABLE, FcTrue);
+    if (!FcConfigSubstitute(cfg, pat.get(), FcMatchPattern)) return nullptr;
+    FcDefaultSubstitute(pat.get());
+    FcResult result = FcResultNoMatch;
+    std::unique_ptr<FcFontSet, void (*)(FcFontSet*)> set(FcFontSort(cfg, pat.get(), FcTrue, nullptr, &result),
+                                                         FcFontSetDestroy);
+    if (!set) return nullptr;
+    // Sorted best first; the first face that really has the glyph.
+    for (int i = 0; i < set->nfont && i < 64; ++i) {
+      FcCharSet* has = nullptr;
+      if (FcPatternGetCharSet(set->fonts[i], FC_CHARSET, 0, &has) != FcResultMatch || !has ||
+          !FcCharSetHasChar(has, code)) {
+        continue;
+      }
+      auto face = Load(set->fonts[i]);
+      if (face && face->GlyphIndex(code) != 0) return face;
     }
     return nullptr;
   }
@@ -258,6 +339,21 @@ std::shared_ptr<const FaceSource> FontMgr::Find(const std::string& family, int w
   auto it = d.byRequest.find(key);
   if (it == d.byRequest.end()) it = d.byRequest.emplace(key, d.ResolveFallback(weight, italic)).first;
   return it->second;
+}
+
+std::shared_ptr<const FaceSource> FontMgr::FindFaceForChar(uint32_t code, int weight, bool italic) {
+  // Characters outside Unicode and surrogates have no face.
+  if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return nullptr;
+  Impl& d = *impl_;
+  std::lock_guard<std::mutex> lock(d.mu);
+  if (!d.library) return nullptr;
+  weight = ClampWeight(weight) >= 600 ? 700 : 400;
+  const auto key = std::make_tuple(code, weight, italic);
+  if (auto it = d.byChar.find(key); it != d.byChar.end()) return it->second;
+  std::shared_ptr<const FaceSource> face = d.ResolveChar(code, weight, italic);
+  // A document with very many distinct rare characters stops growing the cache.
+  if (d.byChar.size() < kMaxCharEntries) d.byChar.emplace(key, face);
+  return face;
 }
 
 std::shared_ptr<const FaceSource> FontMgr::LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex) {

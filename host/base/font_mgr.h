@@ -36,6 +36,10 @@ class HOST_API FontMgr {
   /// map to installed look-alikes; unknown names fall back to a CJK face.
   /// Null only when no font is installed at all. Faces are cached.
   std::shared_ptr<const FaceSource> FindFace(const std::string& family, int weight, bool italic);
+  /// An installed face with a glyph for the character `code`, Chinese faces
+  /// first, at `weight` and `italic` where there is a choice; null when no
+  /// installed face has one. Cached.
+  std::shared_ptr<const FaceSource> FindFaceForChar(uint32_t code, int weight, bool italic);
   /// A face from font bytes (copied); null when FreeType refuses them.
   std::shared_ptr<const FaceSource> LoadMemoryFace(const uint8_t* data, size_t size, int faceIndex);
 

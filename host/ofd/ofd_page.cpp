@@ -113,6 +113,11 @@ void OfdPage::LoadTemplate(uint32_t id, const char* zOrder, std::vector<uint32_t
   if (!entry || static_cast<int>(chain.size()) >= kMaxTemplateDepth ||
       std::find(chain.begin(), chain.end(), id) != chain.end())
     return;
+  // Each template is loaded once per page: a template named again (directly
+  // or through other templates) is already drawn, and loading it again would
+  // let a few templates naming each other many times multiply without end.
+  for (const OfdPageTemplate& loaded : templates_)
+    if (loaded.templateId == id) return;
   pugi::xml_document xml;
   if (!LoadXml(document_->GetPackage(), entry->location, xml, "Page")) return;
   const pugi::xml_node root = xml.document_element();

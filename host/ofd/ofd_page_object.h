@@ -135,7 +135,8 @@ class HOST_API OfdPathObject : public OfdPageObject {
 };
 
 /// CGTransform: `codeCount` characters from `codePosition` (counted over all
-/// TextCodes of the object) are drawn as the glyph indices `glyphs`.
+/// TextCodes of the object) are drawn as the `glyphCount` glyph indices
+/// `glyphs` of the object's embedded font (2 characters as 1 glyph, 1 as 2...).
 struct HOST_API OfdCGTransform {
   uint32_t codePosition = 0;
   uint32_t codeCount = 1;
@@ -151,11 +152,24 @@ struct HOST_API OfdTextCode {
   std::vector<float> deltaY;
   /// Origin of each character in the object's coordinates. Where DeltaX runs
   /// out before the text does, characters advance by 0: a renderer redoes those
-  /// with LayoutCharacters and the font's advances.
+  /// with LayoutCharacters and the font's advances. Where glyph groups join
+  /// characters, deltas step by glyph and a joined character has the origin
+  /// of the character before it.
   std::vector<float> xs, ys;
-  /// Per character: the glyph index a CGTransform gives it, or -1 (look the
-  /// character up in the font).
+  /// Per character: the glyph index a CGTransform gives it, -1 (look the
+  /// character up in the font) or kJoinedGlyph (the character is part of a
+  /// group whose glyphs earlier characters draw). Glyph indices belong to the
+  /// embedded font file; a renderer without that file ignores them.
   std::vector<int32_t> glyphs;
+  static constexpr int32_t kJoinedGlyph = -2;
+  /// Glyphs of a group beyond one per character, after the glyph of
+  /// `character`, in order, each at its own origin (x, y).
+  struct ExtraGlyph {
+    uint32_t character = 0;
+    uint32_t glyph = 0;
+    float x = 0, y = 0;
+  };
+  std::vector<ExtraGlyph> extraGlyphs;
 };
 
 class HOST_API OfdTextObject : public OfdPageObject {

@@ -159,6 +159,14 @@ void ApplyStrokeAttributes(const pugi::xml_node& node, StrokeStyle& style) {
   if (auto dashes = ParseDashes(Attr(node, "DashPattern"))) style.dashes = std::move(*dashes);
 }
 
+// Black, or transparent when not `black`; marked as not set.
+OfdColor DefaultColor(bool black) {
+  OfdColor color = OfdColor::Rgb(0, 0, 0);
+  color.isSet = false;
+  if (!black) color.alpha = 0;
+  return color;
+}
+
 template <typename T>
 T* Adopt(std::unique_ptr<OfdPageObject>& holder, T* object) {
   holder.reset(object);
@@ -191,8 +199,11 @@ void ParseCommon(const pugi::xml_node& node, OfdPageObject& object, const Graphi
   object.strokeStyle = std::move(state.stroke);
   object.fillColor = std::move(state.fill);
   object.strokeColor = std::move(state.strokeColor);
-  if (!object.fillColor.isSet) object.fillColor = OfdColor::Rgb(0, 0, 0);
-  if (!object.strokeColor.isSet) object.strokeColor = OfdColor::Rgb(0, 0, 0);
+  // Defaults when nothing sets a colour: a path is filled with nothing and
+  // stroked black; text is filled black and stroked with nothing.
+  const bool isText = object.GetType() == OfdPageObject::Type::kText;
+  if (!object.fillColor.isSet) object.fillColor = DefaultColor(isText);
+  if (!object.strokeColor.isSet) object.strokeColor = DefaultColor(!isText);
 
   const pugi::xml_node clips = ofdxml::Child(node, "Clips");
   if (!clips || ctx.depth >= kMaxDepth) return;
@@ -236,23 +247,76 @@ void ParsePath(const pugi::xml_node& node, OfdPathObject& path, Context& ctx) {
 }
 
 // Glyph indices from the object's CGTransforms, by character position over all
-// of its text codes.
+// of its text codes. A group of m characters and n glyphs gives its
+// characters one glyph each while both last; further characters are joined
+// into the group (drawn by nothing), further glyphs follow the last one.
 void ApplyGlyphs(OfdTextObject& text) {
   std::vector<size_t> starts;  // position of each code's first character
   size_t total = 0;
   for (OfdTextCode& code : text.textCodes) {
     starts.push_back(total);
     code.glyphs.assign(static_cast<size_t>(code.text.GetLength()), -1);
+    code.extraGlyphs.clear();
     total += code.glyphs.size();
   }
+  auto locate = [&](size_t pos) -> std::pair<OfdTextCode*, size_t> {
+    const size_t c = static_cast<size_t>(std::upper_bound(starts.begin(), starts.end(), pos) -
+                                         starts.begin()) - 1;
+    return {&text.textCodes[c], pos - starts[c]};
+  };
   for (const OfdCGTransform& t : text.cgTransforms) {
-    for (size_t k = 0; k < t.codeCount && k < t.glyphs.size(); ++k) {
-      const size_t pos = static_cast<size_t>(t.codePosition) + k;
-      if (pos >= total) break;
-      const size_t c = static_cast<size_t>(std::upper_bound(starts.begin(), starts.end(), pos) -
-                                           starts.begin()) - 1;
-      text.textCodes[c].glyphs[pos - starts[c]] =
-          static_cast<int32_t>(std::min<uint32_t>(t.glyphs[k], INT32_MAX));
+    const size_t codes = t.codeCount;
+    const size_t glyphs = std::min<size_t>(t.glyphCount, t.glyphs.size());
+    if (codes == 0 || glyphs == 0 || t.codePosition >= total) continue;
+    const size_t last = std::min<size_t>(codes, total - t.codePosition);
+    for (size_t k = 0; k < last; ++k) {
+      auto [code, i] = locate(t.codePosition + k);
+      code->glyphs[i] = k < glyphs ? static_cast<int32_t>(std::min<uint32_t>(t.glyphs[k], INT32_MAX))
+                                   : OfdTextCode::kJoinedGlyph;
+    }
+    auto [code, i] = locate(t.codePosition + std::min(last, glyphs) - 1);
+    for (size_t k = last; k < glyphs; ++k)
+      code->extraGlyphs.push_back({static_cast<uint32_t>(i), t.glyphs[k]});
+  }
+  for (OfdTextCode& code : text.textCodes)
+    std::stable_sort(code.extraGlyphs.begin(), code.extraGlyphs.end(),
+                     [](const auto& a, const auto& b) { return a.character < b.character; });
+}
+
+// Where glyph groups join characters or add glyphs, DeltaX and DeltaY step
+// from glyph to glyph, not from character to character. Lays the code out
+// again by glyph: a joined character takes its group's place (the renderer
+// puts it after the characters before it when it draws characters), an
+// extra glyph the next place.
+void PlaceGlyphGroups(OfdTextCode& code) {
+  const size_t n = code.glyphs.size();
+  size_t places = 0;
+  bool grouped = !code.extraGlyphs.empty();
+  for (size_t i = 0; i < n; ++i) {
+    if (code.glyphs[i] == OfdTextCode::kJoinedGlyph) {
+      grouped = true;
+    } else {
+      ++places;
+    }
+  }
+  if (!grouped || places == 0) return;
+  places += code.extraGlyphs.size();
+  std::vector<float> xs, ys;
+  LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, places, nullptr, nullptr, xs, ys);
+  size_t place = 0, extra = 0;
+  for (size_t i = 0; i < n; ++i) {
+    if (code.glyphs[i] == OfdTextCode::kJoinedGlyph && i > 0) {
+      code.xs[i] = code.xs[i - 1];
+      code.ys[i] = code.ys[i - 1];
+      continue;
+    }
+    code.xs[i] = xs[std::min(place, places - 1)];
+    code.ys[i] = ys[std::min(place, places - 1)];
+    ++place;
+    for (; extra < code.extraGlyphs.size() && code.extraGlyphs[extra].character == i; ++extra) {
+      code.extraGlyphs[extra].x = xs[std::min(place, places - 1)];
+      code.extraGlyphs[extra].y = ys[std::min(place, places - 1)];
+      ++place;
     }
   }
 }
@@ -273,8 +337,8 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     if (NameIs(c, "CGTransform")) {
       OfdCGTransform t;
       t.codePosition = AttrId(c, "CodePosition");
-      t.codeCount = AttrId(c, "CodeCount");
-      t.glyphCount = AttrId(c, "GlyphCount");
+      t.codeCount = Attr(c, "CodeCount") ? AttrId(c, "CodeCount") : 1;
+      t.glyphCount = Attr(c, "GlyphCount") ? AttrId(c, "GlyphCount") : 1;
       std::vector<float> glyphs;
       ofdxml::ParseNumbers(ofdxml::Text(ofdxml::Child(c, "Glyphs")), glyphs, 65536);
       for (float g : glyphs)
@@ -284,14 +348,25 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     }
     if (!NameIs(c, "TextCode")) continue;
     OfdTextCode code;
-    code.text = WideString::FromUtf8(c.child_value());
+    // Line breaks and tabs around the characters come from how the XML was
+    // laid out, not from the text: no TextCode can draw them.
+    std::string_view chars = c.child_value();
+    while (!chars.empty() && (chars.front() == '\n' || chars.front() == '\r' || chars.front() == '\t'))
+      chars.remove_prefix(1);
+    while (!chars.empty() && (chars.back() == '\n' || chars.back() == '\r' || chars.back() == '\t'))
+      chars.remove_suffix(1);
+    code.text = WideString::FromUtf8(chars);
     const size_t n = static_cast<size_t>(code.text.GetLength());
     if (n > ctx.budget->characters) break;
     ctx.budget->characters -= n;
     code.x = AttrFloat(c, "X", penX);
     code.y = AttrFloat(c, "Y", penY);
     // Deltas past the last character place nothing; keep no more than needed.
-    const size_t maxDeltas = n > 0 ? n - 1 : 0;
+    // Glyph groups of more glyphs than characters take a delta per glyph.
+    size_t extraGlyphs = 0;
+    for (const OfdCGTransform& t : text.cgTransforms)
+      extraGlyphs += t.glyphCount > t.codeCount ? std::min<size_t>(t.glyphCount - t.codeCount, n) : 0;
+    const size_t maxDeltas = n > 0 ? n - 1 + std::min(extraGlyphs, n) : 0;
     if (const char* dx = Attr(c, "DeltaX")) ParseDeltaList(dx, maxDeltas, code.deltaX);
     if (const char* dy = Attr(c, "DeltaY")) ParseDeltaList(dy, maxDeltas, code.deltaY);
     LayoutCharacters(code.x, code.y, code.deltaX, code.deltaY, n, nullptr, nullptr, code.xs,
@@ -303,6 +378,7 @@ void ParseText(const pugi::xml_node& node, OfdTextObject& text, Context& ctx) {
     text.textCodes.push_back(std::move(code));
   }
   ApplyGlyphs(text);
+  for (OfdTextCode& code : text.textCodes) PlaceGlyphGroups(code);
 }
 
 std::unique_ptr<OfdPageObject> ParseObject(const pugi::xml_node& node,

@@ -46,6 +46,9 @@ std::unique_ptr<Font> LoadSystem(const OfdFont* font, int weight, bool italic) {
     alt = WideString::FromUtf8(lookAlike ? std::string_view(lookAlike) : font->fontName.view());
   }
   if (!result->LoadFont(family.c_str(), alt.c_str(), 3, weight, italic ? 1 : 0)) return nullptr;
+  // A substitute without a bold or italic face of its own is drawn emboldened
+  // or slanted rather than regular.
+  result->SynthesizeMissingStyle(weight, italic);
   return result;
 }
 
@@ -70,8 +73,8 @@ Font* FontCache::GetFallbackFont() {
   return it->second.get();
 }
 
-Font* FontCache::GetFont(const OfdFont* font, int weight, bool italic) {
-  if (!font || font->fontFile.IsEmpty()) return GetSystemFont(font, weight, italic);
+Font* FontCache::GetEmbeddedFont(const OfdFont* font) {
+  if (!font || font->fontFile.IsEmpty()) return nullptr;
   // The file is the face whatever the weight asked for.
   const Key key{font, 0, false, false};
   auto it = fonts_.find(key);
@@ -83,10 +86,32 @@ Font* FontCache::GetFont(const OfdFont* font, int weight, bool italic) {
       if (!loaded->LoadFontFromMemory(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()))
         loaded.reset();
     }
-    // A file that is missing or does not parse: the family it names.
+    // A file that is missing or does not parse is remembered as such.
     it = fonts_.emplace(key, std::move(loaded)).first;
   }
-  return it->second ? it->second.get() : GetSystemFont(font, weight, italic);
+  return it->second.get();
+}
+
+Font* FontCache::GetFontForChar(char32_t ch, int weight, bool italic) {
+  weight = weight >= 600 ? 700 : 400;
+  const auto key = std::make_tuple(static_cast<uint32_t>(ch), weight, italic);
+  auto it = byChar_.find(key);
+  if (it != byChar_.end()) return it->second;
+  Font* result = nullptr;
+  auto font = std::make_unique<Font>(nullptr);
+  if (font->LoadFontForChar(ch, weight, italic ? 1 : 0)) {
+    // Characters from the same face share one Font.
+    const FaceSource* face = font->GetFaceHandle();
+    const auto faceKey = std::make_tuple(face, weight, italic);
+    auto found = byFace_.find(faceKey);
+    if (found == byFace_.end()) {
+      font->SynthesizeMissingStyle(weight, italic);
+      found = byFace_.emplace(faceKey, std::move(font)).first;
+    }
+    result = found->second.get();
+  }
+  byChar_.emplace(key, result);
+  return result;
 }
 
 }  // namespace host

@@ -19,20 +19,25 @@ class FontCache {
   FontCache(const FontCache&) = delete;
   FontCache& operator=(const FontCache&) = delete;
 
-  /// The font to draw `font` with: its embedded file when it has one that
-  /// loads, else the installed family it names (FamilyName, then FontName),
-  /// else a CJK fallback. A null `font` gives the fallback. Null only when
-  /// no font at all is installed. Owned by the cache.
-  Font* GetFont(const OfdFont* font, int weight, bool italic);
-  /// The installed family `font` names (never its embedded file): asked for
-  /// characters an embedded subset lacks. Null as for GetFont.
+  /// The embedded font file of `font`, or null when it has none or the file
+  /// does not load. Glyph indices of CGTransforms belong to this face only.
+  Font* GetEmbeddedFont(const OfdFont* font);
+  /// The installed family `font` names (FamilyName, then FontName, then
+  /// look-alikes; see font_mgr.cpp), else a CJK fallback; a null `font` gives
+  /// the fallback. Bold and italic the face lacks are synthesized. Null only
+  /// when no font at all is installed. Owned by the cache.
   Font* GetSystemFont(const OfdFont* font, int weight, bool italic);
   /// The CJK fallback face: asked for characters the others lack.
   Font* GetFallbackFont();
+  /// An installed face that has `ch` (fontconfig's choice, Chinese first);
+  /// null when none has it.
+  Font* GetFontForChar(char32_t ch, int weight, bool italic);
 
  private:
   using Key = std::tuple<const OfdFont*, int, bool, bool>;  // font, weight, italic, system
   std::map<Key, std::unique_ptr<Font>> fonts_;
+  std::map<std::tuple<uint32_t, int, bool>, Font*> byChar_;
+  std::map<std::tuple<const FaceSource*, int, bool>, std::unique_ptr<Font>> byFace_;
 };
 
 }  // namespace host

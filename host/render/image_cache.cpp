@@ -45,8 +45,20 @@ std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media) {
 
 bool HasTransparency(const Dib& dib) {
   if (dib.GetFormat() == kDibIndexed8) {
-    for (int i = 0; i < dib.GetPaletteSize(); ++i)
-      if ((dib.GetPaletteEntry(i) >> 24) != 0xFF) return true;
+    // Only entries that pixels use count: a GIF may declare a transparent
+    // index no pixel has, and unused slots of a palette are transparent.
+    bool translucent[256];
+    bool any = false;
+    for (int i = 0; i < 256; ++i) {
+      translucent[i] = (dib.GetPaletteEntry(i) >> 24) != 0xFF;
+      any = any || translucent[i];
+    }
+    if (!any) return false;
+    for (int y = 0; y < dib.GetHeight(); ++y) {
+      const uint8_t* row = dib.GetScanline(y);
+      for (int x = 0; x < dib.GetWidth(); ++x)
+        if (translucent[row[x]]) return true;
+    }
     return false;
   }
   if (dib.GetFormat() != kDibArgb32) return false;
@@ -73,6 +85,7 @@ const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask
       if (std::unique_ptr<Dib> masked = ApplyMask(*image, *maskImage)) image = std::move(masked);
     }
   }
+  if (image) bytes_ += static_cast<uint64_t>(image->GetPitch()) * static_cast<uint64_t>(image->GetHeight());
   return images_.emplace(key, std::move(image)).first->second.get();
 }
 

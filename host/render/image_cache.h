@@ -2,6 +2,7 @@
 // is decoded once. Internal to the renderer.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <utility>
@@ -26,15 +27,19 @@ class ImageCache {
   /// it is not tried again). Owned by the cache.
   const Dib* Get(const OfdMultiMedia* media, const OfdMultiMedia* mask);
 
+  /// Bytes of the pictures held.
+  uint64_t GetByteCount() const { return bytes_; }
+
  private:
+  uint64_t bytes_ = 0;
   std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::unique_ptr<Dib>> images_;
 };
 
 /// Decodes a multimedia resource's picture; null on failure.
 std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media);
 
-/// True when some pixel of `dib` is not fully opaque (32-bit pixels, or
-/// palette entries of an indexed bitmap).
+/// True when some pixel of `dib` is not fully opaque (32-bit pixels, or the
+/// palette entries an indexed bitmap's pixels use).
 bool HasTransparency(const Dib& dib);
 
 }  // namespace host

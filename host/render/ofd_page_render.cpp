@@ -8,17 +8,21 @@
 
 namespace host {
 
-void RenderPageContent(OfdPage* page, Device* device, const Matrix& matrix) {
-  if (!page || !device) return;
+RenderStop RenderPageContent(OfdPage* page, Device* device, const Matrix& matrix,
+                             const RenderLimits& limits, std::string* message) {
+  if (!page || !device) return RenderStop::kNone;
   OfdRenderContext context(0);
   context.AppendPage(page, matrix, OfdRenderContext::kPageAnnotations);
   device->SaveState();
   OfdClipPageArea(device, page, matrix);
   OfdProgressiveRender render(page, BitmapDeviceCreator, nullptr, 0, 0, 0);
+  render.SetLimits(limits);
   render.StartRender(&context, device);
   while (render.Continue()) {
   }
   device->RestoreState();
+  if (message) *message = render.GetStopMessage();
+  return render.GetStopReason();
 }
 
 }  // namespace host

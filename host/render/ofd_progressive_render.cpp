@@ -13,6 +13,7 @@
 #include "host/render/object_clip.h"
 #include "host/render/ofd_render_context.h"
 #include "host/render/paint_context.h"
+#include "host/render/path_cost.h"
 #include "host/render/path_painter.h"
 #include "host/render/text_painter.h"
 
@@ -28,6 +29,7 @@ struct Root {
   Matrix parent;
   bool clipped = false;
   GRect clip;  // in the parent's coordinates
+  int pageIndex = -1;  // the page it belongs to, for messages
 };
 
 // A block being walked; `matrix` maps its children's parent coordinates to
@@ -97,6 +99,42 @@ struct OfdProgressiveRender::Impl {
   std::vector<Frame> stack;
   size_t objectCount = 0;
   bool running = false;
+  RenderLimits limits;
+  RenderSpent spent;
+  RenderStop stop = RenderStop::kNone;
+  int pageIndex = -1;  // of the root being drawn
+
+  // Adds `cost` to what was spent; false (and the render is to stop) when
+  // that passes a limit.
+  bool Spend(const PathCost& cost) {
+    spent.segments += cost.segments;
+    spent.scanRows += cost.scanRows;
+    spent.edgePairs += cost.edgePairs;
+    return Within();
+  }
+  bool Within() {
+    stop = spent.Check(limits);
+    return stop == RenderStop::kNone;
+  }
+  // Stops the render where it is; what was drawn stays.
+  int Stop() {
+    Unwind();
+    running = false;
+    return 0;
+  }
+  int DeviceHeight() const { return static_cast<int>(pc.device->GetHeight()); }
+  // The drawing cost of a leaf: its clips, and for a path each fill and
+  // stroke (a stroke scans both edges of its outline).
+  PathCost LeafCost(const OfdPageObject& object, const Matrix& parent) const {
+    PathCost cost = EstimateClipCost(object, parent, DeviceHeight());
+    if (object.GetType() != OfdPageObject::Type::kPath) return cost;
+    const auto& path = static_cast<const OfdPathObject&>(object);
+    if (!path.fill && !path.stroke) return cost;
+    const PathCost one = EstimatePathCost(path.path, ObjectMatrix(object, parent), DeviceHeight());
+    if (path.fill) cost += one;
+    if (path.stroke) cost += one.Scaled(1, 2);
+    return cost;
+  }
 
   void Unwind() {
     while (!stack.empty()) {
@@ -129,6 +167,10 @@ struct OfdProgressiveRender::Impl {
     frame.depth = depth;
     frame.restore = rootClip || clipToBoundary || !object.clips.empty();
     if (frame.restore) {
+      PathCost cost = EstimateClipCost(object, parent, DeviceHeight());
+      cost.segments += 5;  // a rectangle
+      cost.scanRows += 5;
+      if (!Spend(cost)) return;
       pc.device->SaveState();
       if (rootClip) ClipToRect(*rootClip, parent);
       if (clipToBoundary) ClipToRect(object.boundary, parent);
@@ -179,7 +221,9 @@ struct OfdProgressiveRender::Impl {
         }
         if (budget == 0) return 1;
         const Root& root = roots[nextRoot++];
+        pageIndex = root.pageIndex;
         Enter(*root.block, root.parent, 255, 0, root.clipped ? &root.clip : nullptr);
+        if (stop != RenderStop::kNone) return Stop();
         continue;
       }
       if (budget == 0) return 1;
@@ -187,6 +231,8 @@ struct OfdProgressiveRender::Impl {
       const OfdPageObject* object = frame.block->children[frame.next++].get();
       --budget;
       ++objectCount;
+      ++spent.objects;
+      if (!Within()) return Stop();
       if (!object || !object->visible) continue;
       // Enter may grow the stack: copy what the child needs first.
       const Matrix matrix = frame.matrix;
@@ -197,9 +243,15 @@ struct OfdProgressiveRender::Impl {
           Enter(*object, matrix, alpha, depth + 1, nullptr);
           break;
         default:
+          if (!Spend(LeafCost(*object, matrix))) return Stop();
           PaintLeaf(*object, matrix, alpha);
+          if (object->GetType() == OfdPageObject::Type::kImage) {
+            spent.imageBytes = images.GetByteCount();
+            if (!Within()) return Stop();
+          }
           break;
       }
+      if (stop != RenderStop::kNone) return Stop();
     }
   }
 };
@@ -230,6 +282,9 @@ int OfdProgressiveRender::StartRender(OfdRenderContext* context, Device* device)
   r.nextRoot = 0;
   r.objectCount = 0;
   r.running = false;
+  r.spent = RenderSpent();
+  r.stop = RenderStop::kNone;
+  r.pageIndex = -1;
   r.pc.device = device;
   if (!context || !device) return 0;
   try {
@@ -240,9 +295,12 @@ int OfdProgressiveRender::StartRender(OfdRenderContext* context, Device* device)
         root.parent = Matrix(1, 0, 0, 1, item.boundary.left, item.boundary.top).Then(item.matrix);
         root.clipped = !item.boundary.IsRectNull();
         root.clip = GRect(0, 0, item.boundary.Width(), item.boundary.Height());
+        root.pageIndex = r.page ? r.page->GetPageIndex() : -1;
         r.roots.push_back(root);
       } else if (item.page) {
+        const size_t first = r.roots.size();
         AddPage(*item.page, item.matrix, item.flag, context->GetFlag(), r.roots);
+        for (size_t i = first; i < r.roots.size(); ++i) r.roots[i].pageIndex = item.page->GetPageIndex();
       }
     }
   } catch (const std::bad_alloc&) {
@@ -259,12 +317,24 @@ int OfdProgressiveRender::Continue() {
     return r.Step();
   } catch (const std::bad_alloc&) {
     // Out of memory: give up on the rest, leaving the device as it was given.
-    r.Unwind();
-    r.running = false;
-    return 0;
+    r.stop = RenderStop::kMemory;
+    return r.Stop();
   }
 }
 
 size_t OfdProgressiveRender::GetObjectCount() const { return impl_->objectCount; }
+
+void OfdProgressiveRender::SetLimits(const RenderLimits& limits) { impl_->limits = limits; }
+
+const RenderLimits& OfdProgressiveRender::GetLimits() const { return impl_->limits; }
+
+RenderStop OfdProgressiveRender::GetStopReason() const { return impl_->stop; }
+
+std::string OfdProgressiveRender::GetStopMessage() const {
+  if (impl_->stop == RenderStop::kNone) return std::string();
+  std::string text = RenderStopText(impl_->stop);
+  if (impl_->pageIndex >= 0) text = "page " + std::to_string(impl_->pageIndex + 1) + ": " + text;
+  return text;
+}
 
 }  // namespace host

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "host/base/dib.h"
 #include "host/base/geometry.h"
 #include "host/base/host_export.h"
+#include "host/render/render_budget.h"
 
 namespace host {
 
@@ -32,7 +34,9 @@ using SealImageParser = Dib* (*)(const OfdMultiMedia* media, const Size& size, v
 /// templates, the content layers (Background, Body and Custom, Foreground
 /// layers), foreground templates, then (with kPageAnnotations) the page's
 /// ordinary annotations. Embedded fonts and decoded images are kept for the
-/// renderer's life. One renderer is used by one thread at a time; several
+/// renderer's life. Each render is bounded by RenderLimits: when a limit is
+/// reached the render stops with what was drawn so far, and
+/// GetStopReason/GetStopMessage say why. One renderer is used by one thread at a time; several
 /// renderers may draw pages of one document on different threads.
 class HOST_API OfdProgressiveRender {
  public:
@@ -67,6 +71,18 @@ class HOST_API OfdProgressiveRender {
 
   /// Objects drawn (or skipped as invisible) since StartRender; diagnostics.
   size_t GetObjectCount() const;
+
+  /// The limits of the renders to come (the defaults of RenderLimits until
+  /// set). Takes effect at the next StartRender.
+  void SetLimits(const RenderLimits& limits);
+  const RenderLimits& GetLimits() const;
+  /// Why the last render stopped early; kNone while running or when it
+  /// reached its end.
+  RenderStop GetStopReason() const;
+  /// The reason as a sentence naming the page, e.g. "page 3: too many
+  /// objects" (page numbers count from 1; no page for a page block drawn
+  /// without one); empty when the render was not stopped.
+  std::string GetStopMessage() const;
 
  private:
   struct Impl;

@@ -22,6 +22,8 @@ struct PaintContext {
   void* sealRequest = nullptr;
   RenderDeviceCreator deviceCreator = nullptr;
   void* deviceCreatorData = nullptr;
+  /// Pattern cells being drawn: a pattern within a cell is drawn flat.
+  int patternDepth = 0;
 };
 
 /// The matrix from an object's own coordinates to the device: its CTM, then

@@ -4,6 +4,7 @@
 
 #include "host/ofd/ofd_color.h"
 #include "host/ofd/ofd_page_object.h"
+#include "host/render/pattern_painter.h"
 #include "host/render/shading_painter.h"
 
 namespace host {
@@ -60,6 +61,11 @@ void FillWithColor(PaintContext& pc, const Path& path, const Matrix& matrix, con
       pc.device->FillPathGradient(path, matrix, gradient, rule,
                                   alpha * std::clamp(color.alpha, 0, 255) / 255, blend);
     }
+    return;
+  }
+  if (color.pattern &&
+      FillWithPattern(pc, path, matrix, *color.pattern, rule,
+                      alpha * std::clamp(color.alpha, 0, 255) / 255)) {
     return;
   }
   const uint32_t argb = ScaleAlpha(SolidColor(color), alpha);

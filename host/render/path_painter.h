@@ -16,8 +16,8 @@ struct OfdPattern;
 void PaintPath(PaintContext& pc, const OfdPathObject& object, const Matrix& parent, int alpha);
 
 /// Fills `path` (mapped by `matrix`) with an OFD colour: solid, an axial or
-/// radial shading (whose geometry is in the path's coordinates), or a
-/// pattern drawn as the colour of its cell.
+/// radial shading (whose geometry is in the path's coordinates), or a tiled
+/// pattern (drawn as the colour of its cell where tiling is refused).
 void FillWithColor(PaintContext& pc, const Path& path, const Matrix& matrix, const OfdColor& color,
                    FillRule rule, int alpha, BlendMode blend);
 

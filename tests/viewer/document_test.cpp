@@ -178,6 +178,67 @@ TEST(DocumentRender, UnreadableSealIsReportedAndThePageStillDrawn) {
   EXPECT_TRUE(report.seals.empty());
 }
 
+TEST(DocumentRender, ABudgetStopsThePageWithAReason) {
+  const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
+  ASSERT_TRUE(doc);
+  tarvik::viewer::RenderOptions options;
+  options.dpi = 20;
+  options.limits.maxObjects = 1;
+  tarvik::viewer::RenderReport report;
+  ASSERT_TRUE(doc->RenderPage(0, options, &report));
+  ASSERT_EQ(report.warnings.size(), 1u);
+  EXPECT_NE(report.warnings[0].find("page 1: too many objects"), std::string::npos) << report.warnings[0];
+  EXPECT_EQ(report.seals.size(), 1u);  // seals are still drawn
+}
+
+TEST(DocumentVerify, VerdictsReachThePicture) {
+  if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  // One signed file changed after signing: invalid, named, and crossed.
+  ZipEntries entries = SignedEntries();
+  std::string res;
+  for (const auto& [name, content] : entries) {
+    if (name == "Doc_0/PublicRes.xml") res = content + " ";
+  }
+  entries = testing_support::WithEntry(entries, "Doc_0/PublicRes.xml", res.c_str());
+  const std::string tampered = testing_support::BuildZip(entries);
+  struct Case {
+    bool verify;
+    std::string trust;
+    tarvik::viewer::Verdict verdict;
+    bool crossed;
+  } cases[] = {
+      {true, "", tarvik::viewer::Verdict::kInvalid, true},
+      {false, "", tarvik::viewer::Verdict::kNotChecked, false},
+  };
+  for (const Case& c : cases) {
+    tarvik::viewer::OpenOptions open;
+    open.verify = c.verify;
+    const auto doc = Document::OpenMemory(tampered.data(), tampered.size(), "t.ofd", nullptr, open);
+    ASSERT_TRUE(doc);
+    const tarvik::viewer::SignatureInfo& sig = doc->Signatures()[0];
+    EXPECT_EQ(sig.verdict, c.verdict);
+    if (c.verdict == tarvik::viewer::Verdict::kInvalid) {
+      EXPECT_NE(sig.verdictReason.find("PublicRes.xml"), std::string::npos) << sig.verdictReason;
+    }
+    tarvik::viewer::RenderOptions options;
+    options.dpi = 50;
+    tarvik::viewer::RenderReport report;
+    const auto page = doc->RenderPage(0, options, &report);
+    ASSERT_TRUE(page && report.seals.size() == 1);
+    EXPECT_EQ(report.seals[0].crossed, c.crossed);
+    if (c.crossed) {
+      EXPECT_TRUE(testing_support::CompareWithReference(*page, "viewer_invalid_crossed", 24));
+    }
+  }
+  // The untouched sample: intact without trust anchors, valid with its root.
+  tarvik::viewer::OpenOptions open;
+  EXPECT_EQ(Document::Open(Sample("signed_v4_png.ofd"), nullptr, open)->Signatures()[0].verdict,
+            tarvik::viewer::Verdict::kIntact);
+  open.trustAnchors = Sample("sample_root.pem");
+  EXPECT_EQ(Document::Open(Sample("signed_v4_png.ofd"), nullptr, open)->Signatures()[0].verdict,
+            tarvik::viewer::Verdict::kValid);
+}
+
 TEST(DocumentSignatures, ListsSealFieldsAndProblems) {
   const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
   ASSERT_TRUE(doc);

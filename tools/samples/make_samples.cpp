@@ -2,7 +2,9 @@
 //   tarvik_make_samples OUTPUT_DIR [SEED_DIR]
 // The seal picture is drawn with the host platform's own device and fonts,
 // so the samples can be made again on any machine. The signed documents are
-// signed with an SM2 key made for the run, so each run gives new bytes.
+// signed with an SM2 key made for the run, whose certificate is issued by a
+// root also made for the run (written as sample_root.pem), so each run gives
+// new bytes.
 // With SEED_DIR, small seals and signatures of both layouts are written there
 // too (fuzzing seeds).
 #include <cmath>
@@ -144,9 +146,16 @@ int main(int argc, char** argv) {
     std::fputs("tarvik_make_samples: cannot write the OFD seal\n", stderr);
     return 1;
   }
-  const std::unique_ptr<samples::Sm2Signer> signer = samples::Sm2Signer::Create();
-  if (!signer) {
-    std::fputs("tarvik_make_samples: cannot make an SM2 key\n", stderr);
+  // A root that issues the signer's certificate; its PEM is the trust
+  // anchor that makes the samples verify as valid.
+  samples::CertSpec rootSpec;
+  rootSpec.commonName = "Tarvik Sample Root";
+  rootSpec.ca = true;
+  const std::unique_ptr<samples::Sm2Signer> root = samples::Sm2Signer::Create(rootSpec, nullptr);
+  const std::unique_ptr<samples::Sm2Signer> signer =
+      root ? samples::Sm2Signer::Create(samples::CertSpec(), root.get()) : nullptr;
+  if (!signer || !WriteFile(dir + "/sample_root.pem", root->CertificatePem())) {
+    std::fputs("tarvik_make_samples: cannot make the SM2 keys\n", stderr);
     return 1;
   }
   const struct {

@@ -120,7 +120,7 @@ struct SignedFiles {
 };
 
 SignedFiles SignPackage(int layout, const PackageFiles& signedFiles, const std::string& seal,
-                        const Sm2Signer& signer) {
+                        const Sm2Signer& signer, std::string_view signingTime) {
   const bool relative = layout == 1;
   const std::string folder = "/Doc_0/Signs/Sign_0/";
   std::string x = std::string(kHead) + "<ofd:Signature" + kNs + "><ofd:SignedInfo>" +
@@ -137,7 +137,7 @@ SignedFiles SignPackage(int layout, const PackageFiles& signedFiles, const std::
   x += "</ofd:SignedInfo><ofd:SignedValue>" + (relative ? std::string() : folder) +
        "SignedValue.dat</ofd:SignedValue></ofd:Signature>";
   SignedFiles out;
-  out.signedValue = BuildSignature(layout, seal, x, folder + "Signature.xml", signer);
+  out.signedValue = BuildSignature(layout, seal, x, folder + "Signature.xml", signer, signingTime);
   out.signatureXml = std::move(x);
   return out;
 }
@@ -202,9 +202,15 @@ std::string SealOfdPackage() {
               {"Doc_0/Pages/Page_0/Content.xml", PageXml(o)}});
 }
 
-std::string SignedDocument(int layout, const SealSpec& spec, const Sm2Signer& signer) {
+std::string SignedDocument(int layout, const SealSpec& spec, const Sm2Signer& signer, std::string_view signingTime) {
   const std::string seal = BuildSeal(spec, signer);
   if (seal.empty()) return {};
+  const PackageFiles files = SignedDocumentFiles(layout, seal, signer, signingTime);
+  return files.empty() ? std::string() : Zip(files);
+}
+
+PackageFiles SignedDocumentFiles(int layout, const std::string& seal, const Sm2Signer& signer,
+                                 std::string_view signingTime) {
   PackageFiles files = {{"OFD.xml", OfdXml(true)},
                         {"Doc_0/Document.xml", DocumentXml(210, 297, 40, 2)},
                         {"Doc_0/PublicRes.xml", PublicResXml()},
@@ -213,12 +219,12 @@ std::string SignedDocument(int layout, const SealSpec& spec, const Sm2Signer& si
   const std::string list = std::string(kHead) + "<ofd:Signatures" + kNs +
                            "><ofd:MaxSignId>1</ofd:MaxSignId><ofd:Signature ID=\"1\" Type=\"Seal\" " +
                            "BaseLoc=\"Sign_0/Signature.xml\"/></ofd:Signatures>";
-  SignedFiles signature = SignPackage(layout, files, seal, signer);
+  SignedFiles signature = SignPackage(layout, files, seal, signer, signingTime);
   if (signature.signedValue.empty()) return {};
   files.emplace_back("Doc_0/Signs/Signatures.xml", list);
   files.emplace_back("Doc_0/Signs/Sign_0/Signature.xml", std::move(signature.signatureXml));
   files.emplace_back("Doc_0/Signs/Sign_0/SignedValue.dat", std::move(signature.signedValue));
-  return Zip(files);
+  return files;
 }
 
 }  // namespace samples

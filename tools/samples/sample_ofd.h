@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,12 @@ std::string SealOfdPackage();
 /// 120 200 40 40 holding `seal` in a signed value of `layout` 1 or 4. Layout
 /// 1 names its files relative to the signature's folder, layout 4 absolutely.
 /// "" on failure.
-std::string SignedDocument(int layout, const SealSpec& seal, const Sm2Signer& signer);
+std::string SignedDocument(int layout, const SealSpec& seal, const Sm2Signer& signer,
+                           std::string_view signingTime = "20250101120000Z");
+
+/// The files of that document, signed over the given seal file (so tests can
+/// change them before zipping); empty on failure.
+PackageFiles SignedDocumentFiles(int layout, const std::string& seal, const Sm2Signer& signer,
+                                 std::string_view signingTime = "20250101120000Z");
 
 }  // namespace samples

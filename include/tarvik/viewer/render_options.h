@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/render/render_budget.h"
 #include "tarvik/tarvik.h"
 #include "tarvik/viewer/status.h"
 
@@ -21,6 +22,10 @@ struct RenderOptions {
   int renderMode = 0;               // 0: raster seals cached per document; 1: decoded each time
   /// Text laid out against every seal; null: none.
   const RenderSealParam::TextParam* sealText = nullptr;
+  /// Work one page may take (objects, path segments, scan work, picture
+  /// memory). A page that reaches a limit stops drawing; what was drawn
+  /// stays, and the report's warnings say why ("page 2: too many objects").
+  host::RenderLimits limits;
 };
 
 /// What happened to one seal annotation of a rendered page.
@@ -38,7 +43,7 @@ struct RenderReport {
   int width = 0;                  // bitmap size in pixels (bitmap renders)
   int height = 0;
   std::vector<SealResult> seals;  // one per seal annotation on the page, in drawing order
-  std::vector<std::string> warnings;  // page content that was skipped, and why
+  std::vector<std::string> warnings;  // page content that was not drawn, and why
 };
 
 }  // namespace tarvik::viewer

@@ -1,0 +1,170 @@
+"""The Python module against the bundled samples: rendering, bytes input,
+errors, signatures, the numpy view and threads."""
+
+import gc
+import os
+import subprocess
+import tempfile
+import threading
+
+import pytest
+
+import tarvik
+
+SOURCE = os.environ.get("TARVIK_SOURCE_DIR", os.path.join(os.path.dirname(__file__), "..", ".."))
+SIGNED = os.path.join(SOURCE, "testdata", "signed_v4_png.ofd")
+
+
+def sample(name):
+    with open(os.path.join(SOURCE, "testdata", name), "rb") as f:
+        return f.read()
+
+
+@pytest.fixture(scope="module")
+def doc():
+    with tarvik.open(SIGNED, verify=False) as d:
+        yield d
+
+
+def test_pages_and_sizes(doc):
+    assert len(doc) == 1
+    assert doc.page_size(0) == (210, 297)
+    assert doc.pixel_size(0, 150) == (1240, 1753)
+
+
+def test_render_matches_the_program(doc):
+    """The module's RGBA equals what the tarvik program writes as PNG."""
+    cli = os.environ.get("TARVIK_CLI")
+    if not cli:
+        pytest.skip("TARVIK_CLI is not set")
+    img = doc.render(0, dpi=50)
+    with tempfile.TemporaryDirectory() as tmp:
+        out = os.path.join(tmp, "page.png")
+        subprocess.run([cli, "render", SIGNED, "--page", "1", "--dpi", "50", "-o", out], check=True,
+                       stdout=subprocess.DEVNULL)
+        [written] = os.listdir(tmp)  # page.png, or numbered
+        with open(os.path.join(tmp, written), "rb") as f:
+            reference = tarvik.decode_seal(f.read())
+    assert (reference.width, reference.height) == (img.width, img.height) == (413, 584)
+    assert bytes(reference) == bytes(img)
+
+
+def test_render_outputs(doc):
+    img = doc.render(0, dpi=50)
+    assert (img.width, img.height, len(bytes(img))) == (413, 584, 413 * 584 * 4)
+    assert img.pixel(0, 0) == (255, 255, 255, 255)
+    assert [(s.drawn, s.signature) for s in img.seals] == [(True, 0)]
+    # The seal is red in the R byte inside its boundary.
+    left, top, right, bottom = (int(v * 50 / 25.4) for v in doc.signatures[0].boundary)
+    assert any(img.pixel(x, y)[0] > 180 and img.pixel(x, y)[1] < 90
+               for y in range(top, bottom) for x in range(left, right))
+    # PNG bytes, from the page and from the picture, decode to the same pixels.
+    png = doc.render_png(0, dpi=50)
+    assert png == img.to_png()
+    assert bytes(tarvik.decode_seal(png)) == bytes(img)
+    with tempfile.TemporaryDirectory() as tmp:
+        img.save(os.path.join(tmp, "p.png"))
+        with open(os.path.join(tmp, "p.png"), "rb") as f:
+            assert f.read() == png
+    # Options reach the renderer: no seals, black seals.
+    assert bytes(doc.render(0, dpi=50, seals=False)) != bytes(img)
+    black = doc.render(0, dpi=50, color="black")
+    assert all(len(set(black.pixel(x, y)[:3])) == 1 for y in range(top, bottom, 3)
+               for x in range(left, right, 3))
+
+
+def test_bytes_input_renders_the_same(doc):
+    with tarvik.open(data=sample("signed_v4_png.ofd"), verify=False) as d:
+        assert d.name == "<memory>"
+        assert bytes(d.render(0, dpi=40)) == bytes(doc.render(0, dpi=40))
+
+
+def test_signatures(doc):
+    [s] = doc.signatures
+    assert s.usable and s.ses_version == 4 and s.seal_name
+    assert s.page == 0 and s.stamps[0].page == 0
+    left, top, right, bottom = s.boundary
+    assert left < right and top < bottom
+    assert s.verdict == tarvik.Verdict.NOT_CHECKED and str(s.verdict) == "not checked"
+    # With verification on, a verdict and its checks come through.
+    with tarvik.open(SIGNED) as d:
+        v = d.signatures[0]
+        assert isinstance(v.verdict, tarvik.Verdict)
+        assert all(c.outcome in ("passed", "failed", "not checked") for c in v.checks)
+
+
+@pytest.mark.parametrize("call, error", [
+    (lambda: tarvik.open("/nonexistent/invoice.ofd"), tarvik.IoError),
+    (lambda: tarvik.open(data=b"PK\3\4 not a zip"), tarvik.NotOfd),
+    (lambda: tarvik.open(data=sample("sample_seal.png")), tarvik.NotOfd),
+    (lambda: tarvik.open(), tarvik.BadArgument),
+    (lambda: tarvik.open(data=b""), tarvik.BadArgument),
+    (lambda: tarvik.open(SIGNED, document=3), tarvik.BadDocument),
+    (lambda: tarvik.decode_seal(b"not a seal"), tarvik.BadSeal),
+])
+def test_open_errors(call, error):
+    with pytest.raises(error) as e:
+        call()
+    assert isinstance(e.value, tarvik.Error) and e.value.reason and e.value.status == error.status
+
+
+@pytest.mark.parametrize("call, error", [
+    (lambda d: d.render(1), tarvik.PageOutOfRange),
+    (lambda d: d.render(-1), tarvik.PageOutOfRange),
+    (lambda d: d.page_size(5), IndexError),
+    (lambda d: d.render(0, dpi=0), tarvik.BadArgument),
+    (lambda d: d.render(0, dpi=1e6), tarvik.TooLarge),
+    (lambda d: d.render(0, color="purple"), ValueError),
+    (lambda d: d.render_png(0, color=7), tarvik.BadArgument),
+])
+def test_document_errors(doc, call, error):
+    with pytest.raises(error) as e:
+        call(doc)
+    assert "page" in e.value.reason or "resolution" in e.value.reason or "color" in e.value.reason
+
+
+def test_closed_document_refuses_calls():
+    d = tarvik.open(SIGNED, verify=False)
+    d.close()
+    d.close()
+    with pytest.raises(tarvik.BadArgument, match="closed"):
+        d.render(0)
+
+
+def test_numpy_view_shares_the_pixels(doc):
+    numpy = pytest.importorskip("numpy")
+    img = doc.render(0, dpi=30)
+    arr = numpy.asarray(img)
+    assert arr.shape == (img.height, img.width, 4) and arr.dtype == numpy.uint8
+    assert arr.tobytes() == bytes(img)
+    arr[0, 0] = (1, 2, 3, 4)  # a view: the image sees the write
+    assert img.pixel(0, 0) == (1, 2, 3, 4)
+    assert img.buffer.shape == (img.height, img.width, 4)
+    # Views outlive the image object.
+    expected = bytes(img)
+    view, arr = img.buffer, numpy.asarray(img)
+    del img
+    gc.collect()
+    assert view.tobytes() == expected and arr.tobytes() == expected
+
+
+def test_two_threads_render_identical_pages(doc):
+    expected = bytes(doc.render(0, dpi=60))
+    results = [None] * 4
+
+    def work(i):
+        results[i] = bytes(doc.render(0, dpi=60))
+
+    threads = [threading.Thread(target=work, args=(i,)) for i in range(len(results))]
+    for t in threads:
+        t.start()
+    for t in threads:
+        t.join()
+    assert all(r == expected for r in results)
+
+
+def test_decode_seal_kinds():
+    img = tarvik.decode_seal(sample("sample_seal.ofd"), dpi=150)
+    assert (img.kind, img.width) == (tarvik.SealKind.OFD, 236)
+    png = tarvik.decode_seal(sample("sample_seal.png"))
+    assert png.kind == tarvik.SealKind.RASTER and len(bytes(png)) == png.width * png.height * 4

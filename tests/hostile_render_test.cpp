@@ -1,0 +1,166 @@
+// Small documents that ask for unbounded work: composite units fanning out,
+// templates naming each other many times, huge self-crossing paths. Each must
+// finish, bounded by the renderer's limits, with what was drawn kept and the
+// reason for stopping told.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "host/base/bitmap_device.h"
+#include "host/base/device.h"
+#include "host/ofd/ofd_page.h"
+#include "host/render/ofd_page_render.h"
+#include "host/render/ofd_progressive_render.h"
+#include "host/render/ofd_render_context.h"
+#include "support/hostile_documents.h"
+#include "support/opened_document.h"
+#include "tarvik/tarvik.h"
+
+namespace host {
+namespace {
+
+constexpr int kDpi = 50;
+
+struct Drawn {
+  RenderStop stop = RenderStop::kNone;
+  std::string message;
+  std::unique_ptr<Dib> bitmap;
+  size_t templates = 0;
+};
+
+Drawn DrawFirstPage(std::string package, const RenderLimits& limits = RenderLimits()) {
+  Drawn out;
+  testing_support::Opened opened = testing_support::Open(std::move(package));
+  if (!opened.doc) return out;
+  std::unique_ptr<OfdPage> page = testing_support::ParsedPage(*opened.doc, 0);
+  if (!page) return out;
+  out.templates = page->GetTemplates().size();
+  const int w = static_cast<int>(page->GetPageWidth() * kDpi / 25.4);
+  const int h = static_cast<int>(page->GetPageHeight() * kDpi / 25.4);
+  std::unique_ptr<Device> device = CreateBitmapDevice(w, h, kDibArgb32, 0xFFFFFFFF);
+  out.stop = RenderPageContent(page.get(), device.get(), page->GetDisplayMatrix(0, 0, w, h, 0),
+                               limits, &out.message);
+  out.bitmap.reset(device->TakeBitmap());
+  return out;
+}
+
+bool HasInk(const Dib& dib) {
+  for (int y = 0; y < dib.GetHeight(); ++y)
+    for (int x = 0; x < dib.GetWidth(); ++x)
+      if (dib.GetPixel({x, y}) != 0xFFFFFFFF) return true;
+  return false;
+}
+
+struct HostileCase {
+  const char* name;
+  std::string (*make)();
+  RenderStop stop;
+};
+
+const HostileCase kCases[] = {
+    // 10^9 paths through nine units of ten composite objects each.
+    {"composite_fan_out", [] { return testing_support::CompositeFanOutPackage(9, 10); },
+     RenderStop::kObjects},
+    // Eight templates naming the next ten times: loaded once each.
+    {"template_fan_out", [] { return testing_support::TemplateFanOutPackage(8, 10); },
+     RenderStop::kNone},
+    {"one_crossing_path_30k", [] { return testing_support::SelfCrossingPathsPackage(1, 30000); },
+     RenderStop::kScanRows},
+    {"forty_crossing_paths_100k", [] { return testing_support::SelfCrossingPathsPackage(40, 100000); },
+     RenderStop::kScanRows},
+    // Cut to a million segments when parsed, still too much to draw.
+    {"one_crossing_path_3m", [] { return testing_support::SelfCrossingPathsPackage(1, 3000000); },
+     RenderStop::kScanRows},
+};
+
+class HostileRender : public ::testing::TestWithParam<HostileCase> {};
+
+TEST_P(HostileRender, FinishesWithinLimitsAndSaysWhy) {
+  const HostileCase& c = GetParam();
+  const Drawn drawn = DrawFirstPage(c.make());
+  ASSERT_TRUE(drawn.bitmap) << "the page was not drawn";
+  EXPECT_EQ(drawn.stop, c.stop);
+  if (c.stop == RenderStop::kNone) {
+    EXPECT_TRUE(drawn.message.empty());
+  } else {
+    EXPECT_EQ(drawn.message, std::string("page 1: ") + RenderStopText(c.stop));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, HostileRender, ::testing::ValuesIn(kCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(HostileRender_Templates, EachTemplateIsLoadedOncePerPage) {
+  const Drawn drawn = DrawFirstPage(testing_support::TemplateFanOutPackage(8, 10));
+  EXPECT_EQ(drawn.templates, 8u);
+  ASSERT_TRUE(drawn.bitmap);
+  EXPECT_TRUE(HasInk(*drawn.bitmap));
+}
+
+// A host's own limits: what was drawn before the limit stays, a limit of
+// zero is no limit.
+TEST(HostileRender_Limits, HostLimitsStopTheRenderAndKeepWhatWasDrawn) {
+  RenderLimits few;
+  few.maxObjects = 20;  // of 40: the page's composite, two units of three, then paths
+  const Drawn stopped = DrawFirstPage(testing_support::CompositeFanOutPackage(3, 3), few);
+  EXPECT_EQ(stopped.stop, RenderStop::kObjects);
+  ASSERT_TRUE(stopped.bitmap);
+  EXPECT_TRUE(HasInk(*stopped.bitmap));
+
+  RenderLimits none;
+  none.maxObjects = none.maxSegments = none.maxScanRows = none.maxImageBytes = 0;
+  const Drawn whole = DrawFirstPage(testing_support::CompositeFanOutPackage(3, 3), none);
+  EXPECT_EQ(whole.stop, RenderStop::kNone);
+
+  RenderLimits thin;
+  thin.maxSegments = 100;
+  EXPECT_EQ(DrawFirstPage(testing_support::SelfCrossingPathsPackage(1, 1000), thin).stop,
+            RenderStop::kSegments);
+}
+
+TEST(HostileRender_Limits, TheRendererTellsItsReasonUntilRestarted) {
+  testing_support::Opened opened =
+      testing_support::Open(testing_support::CompositeFanOutPackage(4, 4));
+  ASSERT_TRUE(opened.doc);
+  std::unique_ptr<OfdPage> page = testing_support::ParsedPage(*opened.doc, 0);
+  ASSERT_TRUE(page);
+  std::unique_ptr<Device> device = CreateBitmapDevice(64, 64, kDibArgb32, 0xFFFFFFFF);
+  OfdRenderContext context;
+  context.AppendPage(page.get(), page->GetDisplayMatrix(0, 0, 64, 64, 0), 0);
+  OfdProgressiveRender render(page.get(), BitmapDeviceCreator, nullptr, 0, 0, 0);
+  RenderLimits limits;
+  limits.maxObjects = 10;
+  render.SetLimits(limits);
+  EXPECT_EQ(render.GetLimits().maxObjects, 10u);
+  ASSERT_EQ(render.StartRender(&context, device.get()), 1);
+  while (render.Continue()) {
+  }
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kObjects);
+  EXPECT_EQ(render.GetObjectCount(), 11u);
+  EXPECT_EQ(render.GetStopMessage(), "page 1: too many objects");
+  render.SetLimits(RenderLimits());
+  ASSERT_EQ(render.StartRender(&context, device.get()), 1);
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kNone);
+  while (render.Continue()) {
+  }
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kNone);
+  EXPECT_TRUE(render.GetStopMessage().empty());
+}
+
+// The composite fan-out reaches the renderer through an OFD seal picture too.
+TEST(HostileRender_Seal, OfdSealPictureFanOutIsBounded) {
+  tarvik::SetDeviceCreator(BitmapDeviceCreator, nullptr);
+  std::string bytes = testing_support::CompositeFanOutSealPackage(9, 10);
+  bool isOfd = false;
+  std::unique_ptr<Dib> picture(tarvik::ParseSealImage(reinterpret_cast<unsigned char*>(bytes.data()),
+                                                      static_cast<unsigned>(bytes.size()), 0, 0,
+                                                      kDpi, isOfd));
+  tarvik::SetDeviceCreator(nullptr, nullptr);
+  EXPECT_TRUE(isOfd);
+  ASSERT_TRUE(picture);
+  EXPECT_TRUE(HasInk(*picture));
+}
+
+}  // namespace
+}  // namespace host
