@@ -1,13 +1,11 @@
-// Sub-commands of the tarvik program. Each returns the process exit code.
+// Sub-commands of the tarvik program. Each takes the arguments after its
+// name and returns the process exit code (see ExitCode in options.h).
 #pragma once
 
 #include <string>
 #include <vector>
 
 namespace tools {
-
-/// Reads a whole file; false (with a message on stderr) when it cannot.
-bool ReadFile(const std::string& path, std::string& out);
 
 int RunSeal(const std::vector<std::string>& args);
 int RunRender(const std::vector<std::string>& args);

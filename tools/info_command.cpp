@@ -1,10 +1,12 @@
 // tarvik info: the signatures of an OFD document, where their seals lie and
 // what the seal files hold.
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "command.h"
+#include "options.h"
 #include "tarvik/viewer.h"
 
 namespace tools {
@@ -48,21 +50,41 @@ void PrintSignature(const tarvik::viewer::SignatureInfo& sig) {
 }  // namespace
 
 int RunInfo(const std::vector<std::string>& args) {
-  if (args.size() != 1 || args[0].empty() || args[0][0] == '-') {
-    std::fputs("usage: tarvik info FILE.ofd\n", stderr);
-    return 2;
+  static const char* const kHelp =
+      "usage: tarvik info FILE.ofd\n"
+      "\n"
+      "Lists the signatures of an OFD document, where their seals lie and what the\n"
+      "seal files hold.\n"
+      "\n"
+      "  -h, --help   this text\n"
+      "\n"
+      "exit status: 0 listed, 1 the file could not be opened, 2 a usage error\n";
+  ParsedArgs parsed;
+  if (!ParseArgs("info", args, {}, parsed)) return kExitUsage;
+  if (parsed.help) {
+    std::fputs(kHelp, stdout);
+    return kExitOk;
+  }
+  if (parsed.operands.size() != 1) {
+    return UsageError("info", parsed.operands.empty() ? "no input file" : "one file at a time");
+  }
+  const std::string& input = parsed.operands[0];
+  std::error_code ec;
+  if (std::filesystem::is_directory(input, ec)) {
+    std::fprintf(stderr, "tarvik info: %s: is a folder, not an OFD file\n", input.c_str());
+    return kExitFailure;
   }
   tarvik::viewer::Error error;
-  const std::unique_ptr<tarvik::viewer::Document> doc = tarvik::viewer::Document::Open(args[0], &error);
+  const std::unique_ptr<tarvik::viewer::Document> doc = tarvik::viewer::Document::Open(input, &error);
   if (!doc) {
     std::fprintf(stderr, "tarvik info: %s\n", error.message.c_str());
-    return 1;
+    return kExitFailure;
   }
   const auto& signatures = doc->Signatures();
   std::printf("%s: %d page(s), %zu signature(s)\n", doc->Name().c_str(), doc->PageCount(),
               signatures.size());
   for (const tarvik::viewer::SignatureInfo& sig : signatures) PrintSignature(sig);
-  return 0;
+  return kExitOk;
 }
 
 }  // namespace tools

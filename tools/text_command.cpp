@@ -3,11 +3,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "options.h"
 #include "text_options.h"
 #include "tarvik/viewer.h"
 
@@ -15,8 +17,13 @@ namespace tools {
 
 namespace {
 
-constexpr const char* kUsage =
-    "usage: tarvik text FILE.ofd --text TEXT [seal text options]\n";
+constexpr const char* kHelp =
+    "usage: tarvik text FILE.ofd --text TEXT [seal text options]\n"
+    "\n"
+    "Prints where the text goes on each seal of the document, as JSON records in\n"
+    "page millimetres.\n"
+    "\n"
+    "  -h, --help   this text\n";
 
 std::string Quote(const std::string& s) {
   std::string out = "\"";
@@ -67,23 +74,28 @@ std::string Records(const std::vector<tarvik::TextObject>& records) {
 }  // namespace
 
 int RunText(const std::vector<std::string>& args) {
-  std::string path;
-  TextOptions options;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    const OptionResult r = ParseTextOption(args, i, options);
-    if (r == OptionResult::kTaken) continue;
-    if (r == OptionResult::kNotMine && !a.empty() && a[0] != '-' && path.empty()) {
-      path = a;
-      continue;
-    }
-    std::fprintf(stderr, "tarvik text: bad or unexpected argument '%s'\n%s%s", a.c_str(), kUsage,
-                 kTextOptionsUsage);
-    return 2;
+  ParsedArgs parsed;
+  if (!ParseArgs("text", args, TextOptionSpecs(), parsed)) return kExitUsage;
+  if (parsed.help) {
+    std::fputs(kHelp, stdout);
+    std::fputs(kTextOptionsUsage, stdout);
+    std::fputs("\nexit status: 0 printed, 1 the file could not be opened, 2 a usage error\n", stdout);
+    return kExitOk;
   }
-  if (path.empty() || !options.haveText) {
-    std::fprintf(stderr, "%s%s", kUsage, kTextOptionsUsage);
-    return 2;
+  TextOptions options;
+  for (const GivenOption& o : parsed.options) {
+    std::string why;
+    if (ApplyTextOption(o, options, why) == OptionResult::kBad) return BadValue("text", o, why);
+  }
+  if (parsed.operands.size() != 1) {
+    return UsageError("text", parsed.operands.empty() ? "no input file" : "one file at a time");
+  }
+  if (!options.haveText) return UsageError("text", "no text: give --text TEXT");
+  const std::string& path = parsed.operands[0];
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) {
+    std::fprintf(stderr, "tarvik text: %s: is a folder, not an OFD file\n", path.c_str());
+    return kExitFailure;
   }
   const tarvik::RenderSealParam::TextParam& param = options.param;
 
@@ -91,7 +103,7 @@ int RunText(const std::vector<std::string>& args) {
   const std::unique_ptr<tarvik::viewer::Document> doc = tarvik::viewer::Document::Open(path, &error);
   if (!doc) {
     std::fprintf(stderr, "tarvik text: %s\n", error.message.c_str());
-    return 1;
+    return kExitFailure;
   }
   std::string out = "[";
   bool first = true;
@@ -116,7 +128,7 @@ int RunText(const std::vector<std::string>& args) {
   }
   out += first ? "]\n" : "\n]\n";
   std::fputs(out.c_str(), stdout);
-  return 0;
+  return kExitOk;
 }
 
 }  // namespace tools

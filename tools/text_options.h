@@ -1,15 +1,16 @@
-// Seal text options shared by `tarvik text` and `tarvik render`.
+// Seal text options shared by `tarvik text`, `tarvik render` and (as stamp
+// text) `tarvik seal`.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
+#include "options.h"
 #include "tarvik/tarvik.h"
 
 namespace tools {
 
-/// Usage lines for the options below.
+/// Help lines for the options below.
 extern const char* const kTextOptionsUsage;
 
 /// The seal text a command was asked for; defaults 12 pt "SimSun", black.
@@ -19,14 +20,14 @@ struct TextOptions {
   bool haveText = false;  // --text was given
 };
 
+/// --text --layout --halign --valign --outside --angle --font --text-size
+/// --bold --italic --color --offset-x --offset-y --width-percent.
+const std::vector<OptionSpec>& TextOptionSpecs();
+
 enum class OptionResult { kNotMine, kTaken, kBad };
 
-/// Reads the option at args[i] (and its value, advancing i) when it is one of
-/// --text --layout --halign --valign --outside --angle --font --size --bold
-/// --italic --color --offset-x --offset-y --width-percent.
-OptionResult ParseTextOption(const std::vector<std::string>& args, size_t& i, TextOptions& out);
-
-/// A whole argument as a finite number within [lo, hi].
-bool ParseNumber(const std::string& s, double lo, double hi, double& out);
+/// Applies `given` when it is one of TextOptionSpecs(); kBad with the reason
+/// in `why` for a bad value.
+OptionResult ApplyTextOption(const GivenOption& given, TextOptions& out, std::string& why);
 
 }  // namespace tools

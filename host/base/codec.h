@@ -51,4 +51,9 @@ HOST_API bool WritePng(const Dib& dib, const char* path);
 /// channel unless `dropOpaqueAlpha` (then the bytes equal WritePng's file).
 HOST_API bool EncodePng(const Dib& dib, std::string& out, bool dropOpaqueAlpha = false);
 
+/// Encodes a bitmap (formats kDibIndexed8, kDibRgb24, kDibArgb32) as a
+/// baseline JPEG of `quality` 1..100 (clamped), transparent pixels composed
+/// over white; false on failure.
+HOST_API bool EncodeJpeg(const Dib& dib, int quality, std::string& out);
+
 }  // namespace host

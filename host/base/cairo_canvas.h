@@ -1,0 +1,44 @@
+// What a cairo-backed device draws with. Internal to the host platform: it
+// brings in cairo.h.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include "host/base/cairo_device.h"
+#include "host/base/cairo_handles.h"
+#include "host/base/font.h"
+
+namespace host {
+
+struct CairoDevice::Canvas {
+  CairoSurfacePtr surface;
+  CairoPtr cr;
+  CairoFontOptionsPtr fontOptions;
+  /// Vector output: text through faces cairo opens from the font files
+  /// (one embedded font per file), each face kept in `faces` for the
+  /// canvas's life; otherwise through the host's FT_Faces, made per call.
+  bool forDocuments = false;
+  struct KeptFace {
+    std::shared_ptr<const FaceSource> source;  // pinned: its address is the key
+    CairoFontFacePtr face;
+  };
+  mutable std::map<const FaceSource*, KeptFace> faces;
+  mutable CairoSurfacePtr clearPixel;  // see RestateBlend in cairo_device.cpp
+
+  /// A context and unhinted font options over `surface`; null when cairo
+  /// cannot make them or the surface is in error.
+  static std::unique_ptr<Canvas> Make(CairoSurfacePtr surface);
+};
+
+/// 0xAARRGGBB with straight alpha to cairo's premultiplied pixel.
+inline uint32_t PremultiplyArgb(uint32_t argb) {
+  const uint32_t a = argb >> 24;
+  if (a == 255) return argb;
+  if (a == 0) return 0;
+  auto channel = [&](int shift) { return (((argb >> shift) & 0xFF) * a + 127) / 255 << shift; };
+  return a << 24 | channel(16) | channel(8) | channel(0);
+}
+
+}  // namespace host
