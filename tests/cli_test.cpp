@@ -268,4 +268,35 @@ TEST_F(Cli, SealPictures) {
   }
 }
 
+TEST_F(Cli, VerifyGivesVerdictsAndExitCodes) {
+  // An altered copy of the signed sample: one signed file changed.
+  const std::string altered = (dir_ / "altered.ofd").string();
+  const std::string copy = "cp '" + Sample("signed_v4_png.ofd") + "' '" + altered +
+                           "' && cd '" + dir_.string() + "' && mkdir -p Doc_0 && echo ' ' > Doc_0/PublicRes.xml" +
+                           " && zip -q altered.ofd Doc_0/PublicRes.xml";
+  const bool haveZip = std::system(copy.c_str()) == 0;
+  const std::string trust = "--trust '" + Sample("sample_root.pem") + "'";
+  struct Case {
+    std::string args;
+    int code;
+    const char* text;  // in standard output, or standard error for usage errors
+  } cases[] = {
+      {"verify '" + Sample("signed_v4_png.ofd") + "'", 0, "): intact"},
+      {"verify '" + Sample("signed_v1_png.ofd") + "' " + trust, 0, "): valid"},
+      {"verify '" + Sample("signed_v4_png.ofd") + "' --json " + trust, 0, "\"verdict\": \"valid\""},
+      {"verify", 2, "no input file"},
+      {"verify --trusted x", 2, "--trust"},
+  };
+  for (const Case& c : cases) {
+    const Outcome r = Tarvik(c.args);
+    EXPECT_EQ(r.code, c.code) << c.args << "\n" << r.err;
+    EXPECT_NE((c.code == 2 ? r.err : r.out).find(c.text), std::string::npos) << c.args << "\n" << r.out << r.err;
+  }
+  if (haveZip) {
+    const Outcome r = Tarvik("verify altered.ofd");
+    EXPECT_EQ(r.code, 1);
+    EXPECT_NE(r.out.find("changed: /Doc_0/PublicRes.xml"), std::string::npos) << r.out;
+  }
+}
+
 }  // namespace

@@ -12,5 +12,6 @@ int RunRender(const std::vector<std::string>& args);
 int RunInfo(const std::vector<std::string>& args);
 int RunDigest(const std::vector<std::string>& args);
 int RunText(const std::vector<std::string>& args);
+int RunVerify(const std::vector<std::string>& args);
 
 }  // namespace tools

@@ -21,13 +21,13 @@ struct Command {
 };
 
 // The sub-commands, in the order the help lists them. A command is a name,
-// a line of help and a function over its arguments (a `verify` command
-// joins the table the same way).
+// a line of help and a function over its arguments.
 const Command kCommands[] = {
     {"render", "draw documents' pages with their seals as PNG, JPEG, PDF or SVG", tools::RunRender},
     {"seal", "decode a seal picture, seal file or signed value into PNG, PDF or SVG", tools::RunSeal},
     {"info", "list a document's signatures, where their seals lie and what they hold",
      tools::RunInfo},
+    {"verify", "verify a document's signatures: the verdict on each, and why", tools::RunVerify},
     {"text", "print where seal text goes on each seal, as JSON", tools::RunText},
     {"digest", "print a file's digest (SM3, SHA-256, SHA-1, MD5) in hex", tools::RunDigest},
 };
