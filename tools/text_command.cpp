@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "command.h"
+#include "json_text.h"
 #include "options.h"
 #include "text_options.h"
 #include "tarvik/viewer.h"
@@ -24,23 +25,6 @@ constexpr const char* kHelp =
     "page millimetres.\n"
     "\n"
     "  -h, --help   this text\n";
-
-std::string Quote(const std::string& s) {
-  std::string out = "\"";
-  for (unsigned char c : s) {
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20) {
-      char buf[8];
-      std::snprintf(buf, sizeof buf, "\\u%04x", c);
-      out += buf;
-    } else {
-      out += static_cast<char>(c);
-    }
-  }
-  return out + "\"";
-}
 
 // Nine significant digits: a float reads back exactly.
 std::string Num(float v) {
@@ -64,7 +48,7 @@ std::string Records(const std::vector<tarvik::TextObject>& records) {
       const std::string utf8 =
           host::WideString(std::u32string(1, static_cast<char32_t>(c.character))).ToUtf8();
       out += (i ? ", " : "") + std::string("{\"code\": ") + std::to_string(c.character) +
-             ", \"char\": " + Quote(utf8) + ", \"x\": " + Num(c.x) + ", \"y\": " + Num(c.y) + "}";
+             ", \"char\": " + JsonQuote(utf8) + ", \"x\": " + Num(c.x) + ", \"y\": " + Num(c.y) + "}";
     }
     out += "]}";
   }
@@ -113,12 +97,12 @@ int RunText(const std::vector<std::string>& args) {
     if (!sig.usable) continue;
     out += first ? "\n  " : ",\n  ";
     first = false;
-    out += "{\"id\": " + Quote(sig.id) + ", \"stamps\": [";
+    out += "{\"id\": " + JsonQuote(sig.id) + ", \"stamps\": [";
     for (size_t s = 0; s < sig.stamps.size(); ++s) {
       const tarvik::viewer::StampInfo& a = sig.stamps[s];
       std::vector<tarvik::TextObject> records;
       const int result = doc->LayOutSealText(static_cast<int>(g), static_cast<int>(s), param, records);
-      out += (s ? ",\n    " : "\n    ") + std::string("{\"id\": ") + Quote(a.id) +
+      out += (s ? ",\n    " : "\n    ") + std::string("{\"id\": ") + JsonQuote(a.id) +
              ", \"page\": " + (a.page >= 0 ? std::to_string(a.page + 1) : std::string("null")) +
              ", \"boundary\": [" + Num(a.boundary.left) + ", " + Num(a.boundary.top) + ", " +
              Num(a.boundary.right) + ", " + Num(a.boundary.bottom) + "], \"result\": " +

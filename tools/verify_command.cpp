@@ -4,6 +4,7 @@
 #include <string>
 
 #include "command.h"
+#include "json_text.h"
 #include "options.h"
 #include "tarvik/viewer.h"
 
@@ -32,23 +33,6 @@ constexpr const char* kHelp =
     "exit status: 0 every signature valid or intact, 1 any other verdict or a\n"
     "file that cannot be read, 2 a usage error\n";
 
-std::string Quote(const std::string& s) {
-  std::string out = "\"";
-  for (unsigned char c : s) {
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20) {
-      char buf[8];
-      std::snprintf(buf, sizeof buf, "\\u%04x", c);
-      out += buf;
-    } else {
-      out += static_cast<char>(c);
-    }
-  }
-  return out + "\"";
-}
-
 const char* OutcomeName(CheckResult::Outcome o) {
   switch (o) {
     case CheckResult::Outcome::kPassed: return "passed";
@@ -60,7 +44,7 @@ const char* OutcomeName(CheckResult::Outcome o) {
 
 std::string List(const std::vector<std::string>& items) {
   std::string out = "[";
-  for (size_t i = 0; i < items.size(); ++i) out += (i ? ", " : "") + Quote(items[i]);
+  for (size_t i = 0; i < items.size(); ++i) out += (i ? ", " : "") + JsonQuote(items[i]);
   return out + "]";
 }
 
@@ -93,21 +77,21 @@ void PrintText(const SignatureInfo& sig) {
 }
 
 std::string Json(const SignatureInfo& sig) {
-  std::string out = "{\"id\": " + Quote(sig.id) + ", \"location\": " + Quote(sig.location) +
-                    ", \"verdict\": " + Quote(tarvik::viewer::VerdictName(sig.verdict)) +
-                    ", \"reason\": " + Quote(sig.verdictReason) + ", \"signer\": " + Quote(sig.signer) +
-                    ", \"seal\": " + Quote(sig.sealName) + ", \"validStart\": " + Quote(sig.validStart) +
-                    ", \"validEnd\": " + Quote(sig.validEnd) +
-                    ", \"signingTime\": " + Quote(sig.verifiedSigningTime) +
-                    ", \"timeStamp\": " + Quote(sig.timeStampTime) +
+  std::string out = "{\"id\": " + JsonQuote(sig.id) + ", \"location\": " + JsonQuote(sig.location) +
+                    ", \"verdict\": " + JsonQuote(tarvik::viewer::VerdictName(sig.verdict)) +
+                    ", \"reason\": " + JsonQuote(sig.verdictReason) + ", \"signer\": " + JsonQuote(sig.signer) +
+                    ", \"seal\": " + JsonQuote(sig.sealName) + ", \"validStart\": " + JsonQuote(sig.validStart) +
+                    ", \"validEnd\": " + JsonQuote(sig.validEnd) +
+                    ", \"signingTime\": " + JsonQuote(sig.verifiedSigningTime) +
+                    ", \"timeStamp\": " + JsonQuote(sig.timeStampTime) +
                     ", \"trusted\": " + (sig.trusted ? "true" : "false") +
                     ", \"references\": " + std::to_string(sig.referenceCount) +
                     ", \"changed\": " + List(sig.changedFiles) + ", \"missing\": " + List(sig.missingFiles) +
                     ", \"checks\": [";
   for (size_t i = 0; i < sig.checks.size(); ++i) {
     const CheckResult& c = sig.checks[i];
-    out += std::string(i ? ", " : "") + "{\"name\": " + Quote(c.name) + ", \"result\": " +
-           Quote(OutcomeName(c.outcome)) + ", \"detail\": " + Quote(c.detail) + "}";
+    out += std::string(i ? ", " : "") + "{\"name\": " + JsonQuote(c.name) + ", \"result\": " +
+           JsonQuote(OutcomeName(c.outcome)) + ", \"detail\": " + JsonQuote(c.detail) + "}";
   }
   return out + "]}";
 }
@@ -144,7 +128,7 @@ int RunVerify(const std::vector<std::string>& args) {
     allGood = allGood && (sig.verdict == Verdict::kValid || sig.verdict == Verdict::kIntact);
   }
   if (json) {
-    std::string out = "{\"file\": " + Quote(doc->Name()) + ", \"signatures\": [";
+    std::string out = "{\"file\": " + JsonQuote(doc->Name()) + ", \"signatures\": [";
     for (size_t i = 0; i < signatures.size(); ++i) out += (i ? ",\n  " : "\n  ") + Json(signatures[i]);
     out += signatures.empty() ? "]}\n" : "\n]}\n";
     std::fputs(out.c_str(), stdout);
