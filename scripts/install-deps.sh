@@ -9,7 +9,8 @@ PACKAGES="
   libjpeg62-turbo-dev libgif-dev libtiff-dev libjbig2dec0-dev
   libzip-dev libpugixml-dev libssl-dev libgtest-dev libgmock-dev
   libbenchmark-dev fonts-wqy-zenhei fonts-noto-cjk fonts-arphic-ukai
-  fonts-arphic-uming python3 python3-pytest python3-numpy
+  fonts-arphic-uming fonts-lohit-taml fonts-tlwg-loma-otf python3 python3-pytest
+  python3-numpy
 "
 # OpenCV's box filter is an optional reference in the benchmarks.
 if [ "${TARVIK_WITH_OPENCV:-0}" = 1 ]; then
