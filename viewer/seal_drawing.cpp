@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/base/device.h"
+#include "host/base/path.h"
 #include "host/oes/oes_plugin.h"
 #include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_multimedia.h"
@@ -18,17 +19,53 @@ namespace {
 
 // Reads the seal's picture once before drawing, so that a seal that cannot
 // be shown is reported; a raster picture read here goes into the cache, so
-// drawing it costs nothing more.
-bool SealReadable(const SealDrawing& drawing, const host::OfdAnnotationSeal& seal, int renderMode) {
+// drawing it costs nothing more. `bpp` and `width` receive the picture's
+// bits per pixel and width.
+bool SealReadable(const SealDrawing& drawing, const host::OfdAnnotationSeal& seal, int renderMode,
+                  int& bpp, int& width) {
   const host::OfdMultiMedia* media = seal.sealMedia.get();
   if (!media) return false;
-  if (renderMode == 0 && drawing.tarvik->GetCachedSealImage(media)) return true;
+  if (renderMode == 0) {
+    if (const host::Dib* cached = drawing.tarvik->GetCachedSealImage(media)) {
+      bpp = cached->GetBPP();
+      width = cached->GetWidth();
+      return true;
+    }
+  }
   bool isOfd = false;
   std::unique_ptr<host::Dib> dib(
       ParseSealImage(media, renderMode, drawing.plugin, nullptr, 1, 1, 0, isOfd));
   if (!dib) return false;
+  bpp = dib->GetBPP();
+  width = dib->GetWidth();
   if (!isOfd && renderMode == 0 && drawing.tarvik->AddSealImageToCache(media, dib.get())) dib.release();
   return true;
+}
+
+// The seal library draws its cross into seal pictures of 24 and 32 bits
+// only. A paletted picture of a seal that must show the cross gets the same
+// cross drawn over it on the device: red, three picture pixels wide, corner
+// to corner of the seal's boundary, inside its clip.
+void DrawCrossOver(host::Device& device, const host::OfdAnnotationSeal& seal,
+                   const host::Matrix& pageToDevice, int pictureWidth) {
+  const host::GRect& b = seal.Boundary;
+  host::Path cross;
+  cross.MoveTo(b.left, b.top);
+  cross.LineTo(b.right, b.bottom);
+  cross.MoveTo(b.right, b.top);
+  cross.LineTo(b.left, b.bottom);
+  host::StrokeStyle style;
+  style.width = pictureWidth > 0 ? 3 * b.Width() / static_cast<float>(pictureWidth) : 0;
+  device.SaveState();
+  host::GRect clip = b;
+  if (!seal.Clip.IsRectNull()) {
+    clip = seal.Clip;
+    clip.OffsetRect(b.left, b.top);
+  }
+  pageToDevice.TransformRect(clip);
+  device.ClipRect(clip);
+  device.StrokePath(cross, pageToDevice, 0xFFFF0000, style, host::BlendMode::kNormal);
+  device.RestoreState();
 }
 
 }  // namespace
@@ -70,7 +107,8 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
     const bool invalid = options.crossInvalid && result.signature >= 0 &&
                          (*drawing.list)[static_cast<size_t>(result.signature)].verdict == Verdict::kInvalid;
     image.crossMark = options.cross || invalid ? 1 : 0;
-    result.drawn = SealReadable(drawing, *seal, image.renderMode);
+    int bpp = 0, pictureWidth = 0;
+    result.drawn = SealReadable(drawing, *seal, image.renderMode, bpp, pictureWidth);
     if (!result.drawn) {
       result.reason = seal->sealMedia ? SealProblem(*drawing.plugin, *seal->sealMedia)
                                       : "the seal has no data";
@@ -78,6 +116,7 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
       result.crossed = image.crossMark != 0;
     }
     drawing.tarvik->RenderSignature(&page, drawing.plugin, nullptr, seal, param, &device, pageToDevice);
+    if (result.crossed && bpp < 24) DrawCrossOver(device, *seal, pageToDevice, pictureWidth);
     results.push_back(std::move(result));
   }
 }

@@ -239,6 +239,27 @@ TEST(DocumentVerify, VerdictsReachThePicture) {
             tarvik::viewer::Verdict::kValid);
 }
 
+// A paletted seal picture cannot take the seal library's cross; the cross
+// of an invalid signature is then drawn over it on the page.
+TEST(DocumentVerify, InvalidPalettedSealIsCrossedToo) {
+  const std::string path = std::string(TARVIK_FIXTURE_DIR) + "/ofdrw__anzhengtong_manual_seal.ofd";
+  if (ReadBytes(path).empty()) GTEST_SKIP() << "fixture absent: " << path;
+  std::string pixels[2];
+  for (int verify = 0; verify < 2; ++verify) {
+    tarvik::viewer::OpenOptions open;
+    open.verify = verify == 1;
+    const auto doc = Document::Open(path, nullptr, open);
+    ASSERT_TRUE(doc);
+    tarvik::viewer::RenderOptions options;
+    options.dpi = 30;
+    const auto page = doc->RenderPage(0, options);
+    ASSERT_TRUE(page);
+    pixels[verify].assign(reinterpret_cast<const char*>(page->GetBuffer()),
+                          static_cast<size_t>(page->GetPitch()) * page->GetHeight());
+  }
+  EXPECT_NE(pixels[0], pixels[1]);
+}
+
 TEST(DocumentSignatures, ListsSealFieldsAndProblems) {
   const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
   ASSERT_TRUE(doc);
