@@ -9,6 +9,7 @@
 #include "host/base/byte_string.h"
 #include "host/base/geometry.h"
 #include "host/base/host_export.h"
+#include "host/base/shared_image_cache.h"
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_resource.h"
 
@@ -49,6 +50,9 @@ class HOST_API OfdDocument : public OfdResourceContainer {
   int LoadDocument(OfdPackage* package, const OfdDocBody* entry, int flag);
   /// Why the last LoadDocument failed (code 0 after a success).
   const OfdLoadError& GetLoadError() const { return loadError_; }
+  /// Pictures of this document decoded by earlier renders, shared by its
+  /// pages and by renders on several threads. Thread-safe.
+  SharedImageCache& GetImageCache() const { return imageCache_; }
   /// Number of pages listed; 0 before loading.
   int CountPages() const { return static_cast<int>(pages_.size()); }
   /// A new page object for the page at `index`, with its page XML read but
@@ -89,6 +93,7 @@ class HOST_API OfdDocument : public OfdResourceContainer {
   void LoadAnnotationList();
 
   OfdLoadError loadError_;
+  mutable SharedImageCache imageCache_;
   OfdPackage* package_ = nullptr;
   bool loaded_ = false;
   std::string folder_;

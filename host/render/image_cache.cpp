@@ -4,6 +4,7 @@
 
 #include "host/base/codec.h"
 #include "host/base/stream_reader.h"
+#include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_multimedia.h"
 
 namespace host {
@@ -78,14 +79,27 @@ const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask
   const auto key = std::make_pair(media, mask);
   auto it = images_.find(key);
   if (it != images_.end()) return it->second.get();
-  std::unique_ptr<Dib> image = DecodeMultiMedia(*media);
-  if (image && mask) {
-    // A mask that does not decode leaves the picture as it is.
-    if (std::unique_ptr<Dib> maskImage = DecodeMultiMedia(*mask)) {
-      if (std::unique_ptr<Dib> masked = ApplyMask(*image, *maskImage)) image = std::move(masked);
-    }
+  // The document's cache knows a picture by its file (and its mask's).
+  const OfdResourceContainer* container = media->ResourceContainer;
+  const OfdDocument* doc = container ? container->GetDocument() : nullptr;
+  std::string shared;
+  if (doc && !media->PrimaryLoc.IsEmpty()) {
+    shared.assign(media->PrimaryLoc.view());
+    if (mask) shared.append("\n").append(mask->PrimaryLoc.view());
   }
-  if (image) image->KeepDeviceData();  // converted once however often it is drawn
+  std::shared_ptr<const Dib> image = shared.empty() ? nullptr : doc->GetImageCache().Find(shared);
+  if (!image) {
+    std::unique_ptr<Dib> decoded = DecodeMultiMedia(*media);
+    if (decoded && mask) {
+      // A mask that does not decode leaves the picture as it is.
+      if (std::unique_ptr<Dib> maskImage = DecodeMultiMedia(*mask)) {
+        if (std::unique_ptr<Dib> masked = ApplyMask(*decoded, *maskImage)) decoded = std::move(masked);
+      }
+    }
+    if (decoded) decoded->KeepDeviceData();  // converted once however often it is drawn
+    image = std::move(decoded);
+    if (image && !shared.empty()) doc->GetImageCache().Store(shared, image);
+  }
   if (image) bytes_ += static_cast<uint64_t>(image->GetPitch()) * static_cast<uint64_t>(image->GetHeight());
   return images_.emplace(key, std::move(image)).first->second.get();
 }

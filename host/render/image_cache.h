@@ -1,5 +1,6 @@
 // Decoded images of one render, so that a picture used many times on a page
-// is decoded once. Internal to the renderer.
+// is decoded once; pictures of a document also come from, and go to, the
+// document's cache shared by its renders. Internal to the renderer.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,7 @@ class ImageCache {
 
  private:
   uint64_t bytes_ = 0;
-  std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::unique_ptr<Dib>> images_;
+  std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::shared_ptr<const Dib>> images_;
 };
 
 /// Decodes a multimedia resource's picture; null on failure.
