@@ -54,6 +54,7 @@ struct Document::Impl {
   host::SesPlugin plugin;
   std::unique_ptr<host::OfdSignatures> signatures;
   std::vector<SignatureInfo> signatureList;
+  mutable SealReadings sealReadings;
 
   // Opens the package the reader holds (taking the reader over).
   bool Load(host::StreamReader* reader, const OpenOptions& options, Error* error) {
@@ -117,6 +118,7 @@ struct Document::Impl {
     drawing.plugin = const_cast<host::SesPlugin*>(&plugin);
     drawing.signatures = options.seals ? signatures.get() : nullptr;
     drawing.list = &signatureList;
+    drawing.readings = &sealReadings;
     return drawing;
   }
 };
@@ -197,12 +199,16 @@ bool Document::GetPageSize(int index, PageSize& size, Error* error) const {
 
 namespace {
 
-// Pixel size of a page of `size` millimetres at `dpi`; false with a reason.
+// False with a reason unless `dpi` is a positive finite resolution.
+bool CheckDpi(double dpi, Error* error) {
+  if (dpi > 0 && std::isfinite(dpi)) return true;
+  return Fail(error, Status::kBadArgument, "the resolution must be a positive number of dpi");
+}
+
+// Pixel size of a page of `size` millimetres at a checked `dpi`; false with
+// a reason when the bitmap would be too large.
 bool PixelSizeOf(const std::string& name, int index, const PageSize& size, double dpi, int& width,
                  int& height, Error* error) {
-  if (!(dpi > 0) || !std::isfinite(dpi)) {
-    return Fail(error, Status::kBadArgument, "the resolution must be a positive number of dpi");
-  }
   const double w = std::trunc(size.width * dpi / kMmPerInch);
   const double h = std::trunc(size.height * dpi / kMmPerInch);
   if (!(w >= 1 && h >= 1 && w <= 1e9 && h <= 1e9) ||
@@ -221,10 +227,7 @@ bool PixelSizeOf(const std::string& name, int index, const PageSize& size, doubl
 
 bool Document::GetPixelSize(int index, double dpi, int& width, int& height, Error* error) const {
   PageSize size;
-  if (!(dpi > 0) || !std::isfinite(dpi)) {
-    return Fail(error, Status::kBadArgument, "the resolution must be a positive number of dpi");
-  }
-  return GetPageSize(index, size, error) &&
+  return CheckDpi(dpi, error) && GetPageSize(index, size, error) &&
          PixelSizeOf(impl_->name, index, size, dpi, width, height, error);
 }
 
@@ -259,10 +262,7 @@ std::unique_ptr<host::Dib> Document::RenderPage(int index, const RenderOptions& 
   RenderReport& out = report ? *report : local;
   out = RenderReport();
   try {
-    if (!(options.dpi > 0) || !std::isfinite(options.dpi)) {
-      Fail(&out.error, Status::kBadArgument, "the resolution must be a positive number of dpi");
-      return nullptr;
-    }
+    if (!CheckDpi(options.dpi, &out.error)) return nullptr;
     const std::unique_ptr<host::OfdPage> page = impl_->LoadPage(index, true, &out.error);
     if (!page) return nullptr;
     const PageSize size{page->GetPageWidth(), page->GetPageHeight()};

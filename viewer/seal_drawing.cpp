@@ -17,29 +17,38 @@ namespace tarvik::viewer {
 
 namespace {
 
-// Reads the seal's picture once before drawing, so that a seal that cannot
-// be shown is reported; a raster picture read here goes into the cache, so
-// drawing it costs nothing more. `bpp` and `width` receive the picture's
-// bits per pixel and width.
-bool SealReadable(const SealDrawing& drawing, const host::OfdAnnotationSeal& seal, int renderMode,
-                  int& bpp, int& width) {
+// Reads the seal's picture before its first drawing in the document, so
+// that a seal that cannot be shown is reported; a raster picture read here
+// goes into the cache, so drawing it costs nothing more. Later renders take
+// what this found from `drawing.readings`.
+SealReadings::Reading ReadSeal(const SealDrawing& drawing, const host::OfdAnnotationSeal& seal,
+                               int renderMode) {
+  SealReadings::Reading reading;
   const host::OfdMultiMedia* media = seal.sealMedia.get();
-  if (!media) return false;
-  if (renderMode == 0) {
-    if (const host::Dib* cached = drawing.tarvik->GetCachedSealImage(media)) {
-      bpp = cached->GetBPP();
-      width = cached->GetWidth();
-      return true;
-    }
+  if (!media) {
+    reading.reason = "the seal has no data";
+    return reading;
   }
+  const std::string key = std::string(media->PrimaryLoc.view()) + "\n" +
+                          std::string(media->SecondaryLoc.view()) + "\n" + std::to_string(renderMode);
+  if (drawing.readings && drawing.readings->Find(key, reading)) return reading;
+  const host::Dib* cached = renderMode == 0 ? drawing.tarvik->GetCachedSealImage(media) : nullptr;
+  std::unique_ptr<host::Dib> dib;
   bool isOfd = false;
-  std::unique_ptr<host::Dib> dib(
-      ParseSealImage(media, renderMode, drawing.plugin, nullptr, 1, 1, 0, isOfd));
-  if (!dib) return false;
-  bpp = dib->GetBPP();
-  width = dib->GetWidth();
-  if (!isOfd && renderMode == 0 && drawing.tarvik->AddSealImageToCache(media, dib.get())) dib.release();
-  return true;
+  if (!cached) dib.reset(ParseSealImage(media, renderMode, drawing.plugin, nullptr, 1, 1, 0, isOfd));
+  const host::Dib* picture = cached ? cached : dib.get();
+  reading.readable = picture != nullptr;
+  if (picture) {
+    reading.bpp = picture->GetBPP();
+    reading.width = picture->GetWidth();
+  } else {
+    reading.reason = SealProblem(*drawing.plugin, *media);
+  }
+  if (dib && !isOfd && renderMode == 0 && drawing.tarvik->AddSealImageToCache(media, dib.get())) {
+    dib.release();
+  }
+  if (drawing.readings) drawing.readings->Store(key, reading);
+  return reading;
 }
 
 // The seal library draws its cross into seal pictures of 24 and 32 bits
@@ -107,16 +116,12 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
     const bool invalid = options.crossInvalid && result.signature >= 0 &&
                          (*drawing.list)[static_cast<size_t>(result.signature)].verdict == Verdict::kInvalid;
     image.crossMark = options.cross || invalid ? 1 : 0;
-    int bpp = 0, pictureWidth = 0;
-    result.drawn = SealReadable(drawing, *seal, image.renderMode, bpp, pictureWidth);
-    if (!result.drawn) {
-      result.reason = seal->sealMedia ? SealProblem(*drawing.plugin, *seal->sealMedia)
-                                      : "the seal has no data";
-    } else {
-      result.crossed = image.crossMark != 0;
-    }
+    const SealReadings::Reading reading = ReadSeal(drawing, *seal, image.renderMode);
+    result.drawn = reading.readable;
+    result.reason = reading.reason;
+    result.crossed = reading.readable && image.crossMark != 0;
     drawing.tarvik->RenderSignature(&page, drawing.plugin, nullptr, seal, param, &device, pageToDevice);
-    if (result.crossed && bpp < 24) DrawCrossOver(device, *seal, pageToDevice, pictureWidth);
+    if (result.crossed && reading.bpp < 24) DrawCrossOver(device, *seal, pageToDevice, reading.width);
     results.push_back(std::move(result));
   }
 }

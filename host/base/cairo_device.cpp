@@ -164,8 +164,24 @@ struct PremultipliedPixels {
 const char kPremultipliedKey = 0;
 const cairo_user_data_key_t kPixelsHolderKey{};
 
-void ReleasePixelsHolder(void* holder) {
-  delete static_cast<std::shared_ptr<const void>*>(holder);
+template <class T>
+void ReleaseHolder(void* holder) {
+  delete static_cast<std::shared_ptr<T>*>(holder);
+}
+
+// Keeps `value` alive as long as cairo keeps `object` (a surface or a font
+// face: `set` is its user-data setter). False when memory runs out.
+template <class Object, class T>
+bool KeepWith(Object* object,
+              cairo_status_t (*set)(Object*, const cairo_user_data_key_t*, void*, cairo_destroy_func_t),
+              const cairo_user_data_key_t* key, std::shared_ptr<T> value) {
+  auto* holder = new (std::nothrow) std::shared_ptr<T>(std::move(value));
+  if (!holder) return false;
+  if (set(object, key, holder, ReleaseHolder<T>) != CAIRO_STATUS_SUCCESS) {
+    delete holder;
+    return false;
+  }
+  return true;
 }
 
 // A surface over the pixels kept with `dib`, made on first use; null when
@@ -191,13 +207,7 @@ CairoSurfacePtr KeptSourceSurface(const Dib& dib) {
   CairoSurfacePtr surface(cairo_image_surface_create_for_data(
       pixels->data.get(), CAIRO_FORMAT_ARGB32, dib.GetWidth(), dib.GetHeight(), pixels->stride));
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-  auto* holder = new (std::nothrow) std::shared_ptr<const void>(kept);
-  if (!holder) return nullptr;
-  if (cairo_surface_set_user_data(surface.get(), &kPixelsHolderKey, holder, ReleasePixelsHolder) !=
-      CAIRO_STATUS_SUCCESS) {
-    delete holder;
-    return nullptr;
-  }
+  if (!KeepWith(surface.get(), cairo_surface_set_user_data, &kPixelsHolderKey, kept)) return nullptr;
   return surface;
 }
 
@@ -222,10 +232,6 @@ CairoSurfacePtr MakeSourceSurface(const Dib& dib) {
 // released only when cairo drops that face. cairo does so from text calls,
 // which this device makes under FtLock().
 const cairo_user_data_key_t kFaceSourceKey{};
-
-void ReleaseFaceSource(void* holder) {
-  delete static_cast<std::shared_ptr<const FaceSource>*>(holder);
-}
 
 // A face cairo opens itself from the font's file, shared by every caller
 // of the same file and index: a PDF or SVG then embeds one subset per font
@@ -258,13 +264,7 @@ CairoFontFacePtr MakeFontFace(const std::shared_ptr<const FaceSource>& source, b
       cairo_ft_font_face_create_for_ft_face(ftFace, FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP));
   if (cairo_font_face_status(face.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
   if (cairo_font_face_get_user_data(face.get(), &kFaceSourceKey)) return face;
-  auto* holder = new (std::nothrow) std::shared_ptr<const FaceSource>(source);
-  if (!holder) return nullptr;
-  if (cairo_font_face_set_user_data(face.get(), &kFaceSourceKey, holder, ReleaseFaceSource) !=
-      CAIRO_STATUS_SUCCESS) {
-    delete holder;
-    return nullptr;
-  }
+  if (!KeepWith(face.get(), cairo_font_face_set_user_data, &kFaceSourceKey, source)) return nullptr;
   return face;
 }
 

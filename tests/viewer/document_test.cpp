@@ -168,11 +168,13 @@ TEST(DocumentRender, UnreadableSealIsReportedAndThePageStillDrawn) {
   tarvik::viewer::RenderOptions options;
   options.dpi = 20;
   tarvik::viewer::RenderReport report;
-  ASSERT_TRUE(doc->RenderPage(0, options, &report));
-  ASSERT_EQ(report.seals.size(), 1u);
-  EXPECT_FALSE(report.seals[0].drawn);
-  EXPECT_NE(report.seals[0].reason.find("SignedValue.dat is not a seal signature"), std::string::npos)
-      << report.seals[0].reason;
+  for (int render = 0; render < 2; ++render) {  // the second from what the first found
+    ASSERT_TRUE(doc->RenderPage(0, options, &report));
+    ASSERT_EQ(report.seals.size(), 1u);
+    EXPECT_FALSE(report.seals[0].drawn);
+    EXPECT_NE(report.seals[0].reason.find("SignedValue.dat is not a seal signature"), std::string::npos)
+        << report.seals[0].reason;
+  }
   options.seals = false;
   ASSERT_TRUE(doc->RenderPage(0, options, &report));
   EXPECT_TRUE(report.seals.empty());
