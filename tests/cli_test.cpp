@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "support/fixtures.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -234,7 +236,7 @@ TEST_F(Cli, SeveralInputsIntoAFolderWithThreads) {
 
 TEST_F(Cli, PagesOfOneDocumentOnTwoThreadsMatchOneThread) {
   const fs::path file = fs::path(TARVIK_FIXTURE_DIR) / "ofdrw__h.ofd";
-  if (!fs::exists(file)) GTEST_SKIP() << "fixture absent: " << file;
+  TARVIK_NEED_FIXTURE(file);
   const std::string doc = "'" + file.string() + "' --dpi 40 -q --pages 2-4,1";
   ASSERT_EQ(Tarvik("render " + doc + " --threads 1 -o a.png").code, 0);
   ASSERT_EQ(Tarvik("render " + doc + " --threads 2 -o b.png").code, 0);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "support/fixtures.h"
 #include "host/base/stream_reader.h"
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_location.h"
@@ -605,7 +606,7 @@ TEST(OfdColor_ToArgb, Table) {
 TEST(OfdDocument_Fixtures, EveryPageParsesIntoObjects) {
   namespace fs = std::filesystem;
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   int files = 0;
   for (const auto& item : fs::directory_iterator(dir)) {
     if (item.path().extension() != ".ofd") continue;
@@ -634,7 +635,7 @@ TEST(OfdDocument_Fixtures, EveryPageParsesIntoObjects) {
 TEST(OfdDocument_Fixtures, KnownDetails) {
   namespace fs = std::filesystem;
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   auto open = [&](const char* name) {
     Opened o;
     o.loadResult = o.package->LoadFromStream(

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/fixtures.h"
 #include "host/base/device.h"
 #include "host/base/stream_reader.h"
 #include "host/ofd/ofd_annotation.h"
@@ -489,7 +490,7 @@ TEST(OfdRender_Images, TransparencyIsJudgedFromThePixelsPresent) {
 
 TEST(OfdRender_Fixtures, FirstPagesMatchReferences) {
   const std::filesystem::path folder = TARVIK_FIXTURE_DIR;
-  if (!std::filesystem::is_directory(folder)) GTEST_SKIP() << "no fixture folder at " << folder;
+  TARVIK_NEED_FIXTURE(folder);
   // Small pictures keep the references small; the seal-sized page is drawn larger.
   const struct {
     const char* name;

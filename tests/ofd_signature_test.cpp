@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "support/fixtures.h"
 #include "host/base/stream_reader.h"
 #include "host/oes/ses_plugin.h"
 #include "host/ofd/ofd_annotation.h"
@@ -265,7 +266,7 @@ TEST(OfdSignature_Samples, GeneratedDocumentsAreSignedAndStamped) {
 
 TEST(OfdSignature_Fixtures, StampsLieWherePageRefSays) {
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   const struct {
     const char* file;
     int signatures;
@@ -314,7 +315,7 @@ TEST(OfdSignature_Fixtures, StampsLieWherePageRefSays) {
 
 TEST(OfdSignature_Fixtures, RidingSealSpansFivePages) {
   const fs::path file = fs::path(TARVIK_FIXTURE_DIR) / "ofdrw__h.ofd";
-  if (!fs::exists(file)) GTEST_SKIP() << "fixture absent: " << file;
+  TARVIK_NEED_FIXTURE(file);
   Opened o = OpenFile(file);
   ASSERT_TRUE(o.doc);
   const auto sigs = OfdSignatures::Load(o.doc.get());

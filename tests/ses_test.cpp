@@ -11,6 +11,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/fixtures.h"
 #include "host/base/stream_reader.h"
 #include "host/oes/der_reader.h"
 #include "host/oes/ses_plugin.h"
@@ -202,7 +203,7 @@ TEST(SesSeal_Samples, GeneratedDocumentsHoldBothLayouts) {
 
 TEST(SesSeal_Fixtures, StandaloneFilesParseByLayout) {
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   const struct {
     const char* file;
     bool signature;
@@ -253,7 +254,7 @@ TEST(SesSeal_Fixtures, StandaloneFilesParseByLayout) {
 
 TEST(SesSeal_Fixtures, SignedDocumentsHoldTheirLayouts) {
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   const struct {
     const char* file;
     const char* folder;
@@ -306,7 +307,7 @@ TEST(SesSeal_Fixtures, SignedDocumentsHoldTheirLayouts) {
 
 TEST(SesSignature_Fixtures, NonSesValuesAndMangledSealsFailCleanly) {
   const fs::path dir(TARVIK_FIXTURE_DIR);
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   SesSeal seal;
   SesSignature sig;
   const std::string mangled = ReadAll(dir / "ofdrw__Seal_corrupt_utf8.esl");

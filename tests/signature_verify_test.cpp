@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "support/fixtures.h"
 #include "host/verify/asn1_time.h"
 #include "host/verify/signature_verifier.h"
 #include "host/verify/signed_list_history.h"
@@ -414,7 +415,7 @@ TEST(SignatureVerify, EarlierSignatureListIsTheCurrentOneCutBeforeLaterEntries) 
 // and seal values) before it was frozen here.
 TEST(SignatureVerify_Fixtures, VerdictsAndReasons) {
   const fs::path dir = TARVIK_FIXTURE_DIR;
-  if (!fs::is_directory(dir)) GTEST_SKIP() << "fixture folder absent: " << dir;
+  TARVIK_NEED_FIXTURE(dir);
   const struct {
     const char* file;
     const char* id;

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 
+#include "support/fixtures.h"
 #include "support/render_compare.h"
 #include "support/zip_builder.h"
 #include "tarvik/viewer.h"
@@ -245,7 +246,7 @@ TEST(DocumentVerify, VerdictsReachThePicture) {
 // of an invalid signature is then drawn over it on the page.
 TEST(DocumentVerify, InvalidPalettedSealIsCrossedToo) {
   const std::string path = std::string(TARVIK_FIXTURE_DIR) + "/ofdrw__anzhengtong_manual_seal.ofd";
-  if (ReadBytes(path).empty()) GTEST_SKIP() << "fixture absent: " << path;
+  TARVIK_NEED_FIXTURE(path);
   std::string pixels[2];
   for (int verify = 0; verify < 2; ++verify) {
     tarvik::viewer::OpenOptions open;
