@@ -17,6 +17,7 @@
 #include "host/base/font.h"
 #include "host/base/font_mgr.h"
 #include "host/base/ft_face_source.h"
+#include "host/base/memory.h"
 
 namespace host {
 
@@ -158,7 +159,7 @@ void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
 // Premultiplied pixels kept with a bitmap (Dib::KeepDeviceData), read-only
 // once made and shared by every draw of the bitmap, on any thread.
 struct PremultipliedPixels {
-  std::unique_ptr<uint8_t[]> data;
+  std::unique_ptr<uint8_t, FreeMemoryDeleter> data;
   int stride = 0;
 };
 const char kPremultipliedKey = 0;
@@ -194,8 +195,8 @@ CairoSurfacePtr KeptSourceSurface(const Dib& dib) {
     auto pixels = std::make_shared<PremultipliedPixels>();
     pixels->stride = cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, dib.GetWidth());
     if (pixels->stride <= 0) return nullptr;
-    pixels->data.reset(new (std::nothrow)
-                           uint8_t[static_cast<size_t>(pixels->stride) * dib.GetHeight()]);
+    pixels->data.reset(static_cast<uint8_t*>(
+        AllocMemory(static_cast<size_t>(pixels->stride) * dib.GetHeight())));
     if (!pixels->data) return nullptr;
     ConvertToPremultiplied(dib, pixels->data.get(), pixels->stride);
     kept = pixels;

@@ -105,7 +105,7 @@ std::unique_ptr<Dib> Dib::Allocate(int width, int height, DibFormat format) {
   dib->pitch_ = PitchFor(width, bpp);
   dib->format_ = format;
   // Left uninitialised: a copy overwrites every byte at once.
-  dib->pixels_.reset(new (std::nothrow) uint8_t[dib->ByteCount()]);
+  dib->pixels_.reset(static_cast<uint8_t*>(AllocMemory(dib->ByteCount())));
   if (!dib->pixels_) return nullptr;
   try {
     if (format == kDibIndexed8) dib->palette_.assign(256, 0);

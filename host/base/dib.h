@@ -7,6 +7,7 @@
 
 #include "host/base/geometry.h"
 #include "host/base/host_export.h"
+#include "host/base/memory.h"
 
 namespace host {
 
@@ -109,7 +110,7 @@ class HOST_API Dib {
   int pitch_ = 0;
   int bpp_ = 0;
   DibFormat format_ = kDibInvalid;
-  std::unique_ptr<uint8_t[]> pixels_;
+  std::unique_ptr<uint8_t, FreeMemoryDeleter> pixels_;  // from AllocMemory
   std::vector<uint32_t> palette_;
   std::shared_ptr<DibDeviceCache> deviceCache_;
 };

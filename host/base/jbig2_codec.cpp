@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/base/codec_internal.h"
+#include "host/base/memory.h"
 
 // Last: this header defines `inline` away when it is not a macro already.
 #include <jbig2.h>
@@ -39,7 +40,7 @@ void* CappedRealloc(Jbig2Allocator* a, void* p, size_t size) {
   CappedAllocator* cap = CapOf(a);
   const size_t old = p ? BlockSize(p) : 0;
   if (size > kMaxJbig2Memory || cap->used - old + size > kMaxJbig2Memory) return nullptr;
-  void* block = std::realloc(p ? static_cast<uint8_t*>(p) - kHeader : nullptr, size + kHeader);
+  void* block = ReallocMemory(p ? static_cast<uint8_t*>(p) - kHeader : nullptr, size + kHeader);
   if (!block) return nullptr;
   cap->used = cap->used - old + size;
   std::memcpy(block, &size, sizeof(size));
@@ -51,7 +52,7 @@ void* CappedAlloc(Jbig2Allocator* a, size_t size) { return CappedRealloc(a, null
 void CappedFree(Jbig2Allocator* a, void* p) {
   if (!p) return;
   CapOf(a)->used -= BlockSize(p);
-  std::free(static_cast<uint8_t*>(p) - kHeader);
+  FreeMemory(static_cast<uint8_t*>(p) - kHeader);
 }
 
 // Messages are dropped; failures show in the return values.

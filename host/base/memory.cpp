@@ -1,14 +1,38 @@
 #include "host/base/memory.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 
+#include "host/base/allocation_failure.h"
+
 namespace host {
 
-void* AllocMemory(size_t size) { return size ? std::malloc(size) : nullptr; }
+namespace {
+
+// Allocations to go before the injected failure; 0 or less when none is armed.
+std::atomic<int64_t> gFailCountdown{0};
+
+bool InjectedFailure() {
+  if (gFailCountdown.load(std::memory_order_relaxed) <= 0) return false;
+  return gFailCountdown.fetch_sub(1, std::memory_order_relaxed) == 1;
+}
+
+}  // namespace
+
+int64_t FailNthAllocation(int64_t n) {
+  return std::max<int64_t>(0, gFailCountdown.exchange(std::max<int64_t>(n, 0)));
+}
+
+void* AllocMemory(size_t size) {
+  if (size == 0 || InjectedFailure()) return nullptr;
+  return std::malloc(size);
+}
 
 void* ReallocMemory(void* p, size_t size) {
-  if (size == 0) return nullptr;  // p stays valid: the caller frees it
+  // On failure p stays valid: the caller frees it.
+  if (size == 0 || InjectedFailure()) return nullptr;
   return std::realloc(p, size);
 }
 

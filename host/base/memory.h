@@ -13,6 +13,10 @@ HOST_API void* AllocMemory(size_t size);
 HOST_API void* ReallocMemory(void* p, size_t size);
 /// Frees memory from AllocMemory/ReallocMemory; null is ignored.
 HOST_API void FreeMemory(void* p);
+/// Deleter for std::unique_ptr over memory from AllocMemory.
+struct FreeMemoryDeleter {
+  void operator()(void* p) const { FreeMemory(p); }
+};
 /// Multiplies with overflow check; false on overflow.
 HOST_API bool CheckedMul(size_t a, size_t b, size_t& out);
 

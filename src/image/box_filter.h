@@ -7,13 +7,14 @@
 #include <cstdlib>
 
 #include "host/base/dib.h"
+#include "host/base/memory.h"
 
 namespace filter {
 
-/// Allocation policy: malloc and free, nothing else.
+/// Allocation policy: the host's memory functions, nothing else.
 struct alloc_t {
-  static void* allocate(size_t bytes) { return std::malloc(bytes); }
-  static void release(void* p) { std::free(p); }
+  static void* allocate(size_t bytes) { return host::AllocMemory(bytes); }
+  static void release(void* p) { host::FreeMemory(p); }
 };
 
 /// An owning array of `count` elements (null data when empty).
