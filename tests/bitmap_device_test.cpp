@@ -13,6 +13,7 @@
 #include "host/base/device.h"
 #include "host/base/font.h"
 #include "support/fixed_metrics_face.h"
+#include "support/fonts.h"
 #include "support/render_compare.h"
 
 namespace {
@@ -306,6 +307,7 @@ TEST(BitmapDevice_Golden, RingAndStar) {
 // "中" of WenQuanYi Zen Hei at 40 units: its ink lies in the em box that the
 // matrix places (baseline origin, y down), upright and rotated by 90 degrees.
 TEST(BitmapDevice_DrawText, PlacesInkInTheEmBox) {
+  TARVIK_NEED_FONTS("WenQuanYi Zen Hei");
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
   ASSERT_NE(font.GetFaceHandle()->FtFace(), nullptr);
@@ -345,6 +347,7 @@ TEST(BitmapDevice_DrawText, PlacesInkInTheEmBox) {
 // Past 256 pixels per em glyphs are filled as outlines rather than cached as
 // masks: the ink is the same shape, just scaled.
 TEST(BitmapDevice_DrawText, LargeGlyphsDrawAsOutlinesWithTheSameInk) {
+  TARVIK_NEED_FONTS("WenQuanYi Zen Hei");
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
   Box boxes[2];

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/fixtures.h"
+#include "support/fonts.h"
 
 namespace fs = std::filesystem;
 
@@ -180,6 +181,7 @@ TEST_F(Cli, HelpAndVersion) {
 }
 
 TEST_F(Cli, RenderWritesEachFormatUnderTheExpectedNames) {
+  TARVIK_NEED_FONTS("AR PL UMing CN");  // the page's text, embedded in the PDF
   const std::string doc = "'" + Sample("signed_v4_png.ofd") + "' -q";
   ASSERT_EQ(Tarvik("render " + doc + " -o page.png").code, 0);
   EXPECT_EQ(PngSize(Slurp(dir_ / "page-1.png")), std::make_pair(1240, 1753));

@@ -14,6 +14,7 @@
 #include "host/base/font_mgr.h"
 #include "host/base/ft_face_source.h"
 #include "support/fixed_metrics_face.h"
+#include "support/fonts.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ struct FamilyCase {
 class FontFamilyTest : public ::testing::TestWithParam<FamilyCase> {};
 
 TEST_P(FontFamilyTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
+  TARVIK_NEED_FONTS("AR PL UMing CN", "AR PL UKai CN", "Noto Sans CJK SC");
   const FamilyCase& c = GetParam();
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(c.family, nullptr, 3, 400, 0), 0);
@@ -61,6 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<FamilyCase>& info) { return "Case" + std::to_string(info.index); });
 
 TEST(FontMgrTest, FontMgr_LatinFamilyAsIsAndOneFacePerFile) {
+  TARVIK_NEED_FONTS("DejaVu Serif");
   auto face = Mgr().FindFace("DejaVu Serif", 400, false);
   ASSERT_NE(face, nullptr);
   EXPECT_NE(face->Describe().find("DejaVu Serif"), std::string::npos) << face->Describe();
@@ -72,6 +75,7 @@ TEST(FontMgrTest, FontMgr_LatinFamilyAsIsAndOneFacePerFile) {
 }
 
 TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
+  TARVIK_NEED_FONTS("Noto Sans CJK SC", "DejaVu Serif");
   auto regular = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 400, false));
   auto bold = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 700, false));
   ASSERT_TRUE(regular && bold);
@@ -91,6 +95,7 @@ TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
 }
 
 TEST(FontMgrTest, FontMgr_AltFamilyUsedWhenFamilyUnknown) {
+  TARVIK_NEED_FONTS("AR PL UKai CN", "Noto Sans CJK SC");
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"No Such Family 42", U"楷体", 3, 400, 0), 0);
   EXPECT_NE(font.GetFaceHandle()->Describe().find("AR PL UKai CN"), std::string::npos);
@@ -133,6 +138,7 @@ TEST(FontMgrTest, FontMgr_RegisteredFaceOverrides) {
 }
 
 TEST(FontMetricsTest, FontMetrics_CjkFullWidthLatinNarrower) {
+  TARVIK_NEED_FONTS("Noto Sans CJK SC");
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"黑体", nullptr, 3, 400, 0), 0);
   const uint32_t zhong = font.GetGlyphIndex(kZhong);
@@ -174,6 +180,7 @@ TEST(FontMetricsTest, FontMetrics_HeightsUnchangedByTurnedTextDrawnBefore) {
 }
 
 TEST(FontMemoryTest, FontMemory_LoadsInstalledFileAndRefusesGarbage) {
+  TARVIK_NEED_FONTS("DejaVu Sans");
   int index = -1;
   const std::string path = Mgr().ResolveFile("DejaVu Sans", 400, false, &index);
   ASSERT_FALSE(path.empty());

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/fixtures.h"
+#include "support/fonts.h"
 #include "host/base/device.h"
 #include "host/base/stream_reader.h"
 #include "host/ofd/ofd_annotation.h"
@@ -232,6 +233,7 @@ std::vector<GoldenCase> GoldenCases() {
 }
 
 TEST(OfdRender_References, MatchReferencePictures) {
+  TARVIK_NEED_FONTS("AR PL UKai CN", "AR PL UMing CN");
   for (GoldenCase& c : GoldenCases()) {
     SCOPED_TRACE(c.name);
     std::unique_ptr<Dib> dib = RenderPackage(
@@ -366,6 +368,7 @@ TEST(OfdRender_Text, GlyphIndicesAndGroupsDrawTheRightCharacters) {
 }
 
 TEST(OfdRender_Text, CharactersTheFontLacksComeFromElsewhereOrAsBoxes) {
+  TARVIK_NEED_FONTS("AR PL UKai CN", "DejaVu Sans");
   // ♔ is in neither 楷体's substitute nor the CJK fallback, but in DejaVu Sans.
   const std::string fallback = Text("Font=\"3\"", "<ofd:TextCode X=\"2\" Y=\"20\">\u2654</ofd:TextCode>");
   const std::string dejavu =
@@ -389,6 +392,7 @@ TEST(OfdRender_Text, CharactersTheFontLacksComeFromElsewhereOrAsBoxes) {
 }
 
 TEST(OfdRender_Text, BoldWithoutABoldFaceIsSynthesized) {
+  TARVIK_NEED_FONTS("AR PL UKai CN");
   // The 楷体 substitute has no bold face.
   auto render = [](const char* weight) {
     return RenderPackage(OnePage(Text(std::string("Font=\"3\" Weight=\"") + weight + "\"",
@@ -491,6 +495,7 @@ TEST(OfdRender_Images, TransparencyIsJudgedFromThePixelsPresent) {
 TEST(OfdRender_Fixtures, FirstPagesMatchReferences) {
   const std::filesystem::path folder = TARVIK_FIXTURE_DIR;
   TARVIK_NEED_FIXTURE(folder);
+  TARVIK_NEED_FONTS("AR PL UMing CN", "AR PL UKai CN", "Noto Sans CJK SC", "DejaVu Sans");
   // Small pictures keep the references small; the seal-sized page is drawn larger.
   const struct {
     const char* name;

@@ -6,6 +6,7 @@
 
 #include "host/base/bitmap_device.h"
 #include "host/oes/ses_plugin.h"
+#include "support/fonts.h"
 #include "support/render_compare.h"
 #include "support/signed_page.h"
 #include "tarvik/tarvik.h"
@@ -29,6 +30,7 @@ class SignedRender : public ::testing::TestWithParam<SignedCase> {
 TEST_P(SignedRender, MatchesReference) {
   const SignedCase& c = GetParam();
   if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  TARVIK_NEED_FONTS("AR PL UMing CN");  // the pages' text
   testing_support::SignedDocument doc;
   ASSERT_TRUE(doc.Open(std::string(TARVIK_SOURCE_DIR) + "/testdata/" + c.file));
   tarvik::Tarvik tarvik(&doc.document);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/fixtures.h"
+#include "support/fonts.h"
 #include "support/render_compare.h"
 #include "support/zip_builder.h"
 #include "tarvik/viewer.h"
@@ -133,6 +134,7 @@ TEST(DocumentPages, SizesAndRangeErrors) {
 // seal through the seal library draws (the same reference pictures).
 TEST(DocumentRender, MatchesTheSealLibraryReferences) {
   if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  TARVIK_NEED_FONTS("AR PL UMing CN");  // the pages' text
   struct Case {
     const char* reference;
     const char* file;
@@ -196,6 +198,7 @@ TEST(DocumentRender, ABudgetStopsThePageWithAReason) {
 
 TEST(DocumentVerify, VerdictsReachThePicture) {
   if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
+  TARVIK_NEED_FONTS("AR PL UMing CN");  // the pages' text
   // One signed file changed after signing: invalid, named, and crossed.
   ZipEntries entries = SignedEntries();
   std::string res;
