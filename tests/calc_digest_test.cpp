@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "support/scripted_plugin.h"
@@ -21,15 +23,8 @@ std::vector<size_t> FedSizes(const ScriptedPlugin& plugin) {
 }
 
 TEST(CalcDigest_Pieces, LengthsSplitAt16384) {
-  const struct {
-    unsigned length;
-    std::vector<size_t> pieces;
-  } cases[] = {
-      {0, {}},
-      {100, {100}},
-      {16384, {16384}},
-      {16385, {16384, 1}},
-      {32768, {16384, 16384}},
+  const struct { unsigned length; std::vector<size_t> pieces; } cases[] = {
+      {0, {}}, {100, {100}}, {16384, {16384}}, {16385, {16384, 1}}, {32768, {16384, 16384}},
       {50000, {16384, 16384, 16384, 848}},
   };
   for (const auto& c : cases) {
@@ -51,22 +46,17 @@ TEST(CalcDigest_Pieces, LengthsSplitAt16384) {
       }
     }
     EXPECT_EQ(joined, data);
-    EXPECT_EQ(plugin.calls.front().op, "capability");
-    EXPECT_EQ(plugin.calls.front().data, "17");
-    EXPECT_EQ(plugin.calls[1].op, "start");
-    EXPECT_EQ(plugin.calls[1].data2, "SM3");
-    EXPECT_EQ(plugin.calls.back().op, "finish");
-    EXPECT_EQ(plugin.calls.back().data2, "42");  // the handle start gave
+    const auto& calls = plugin.calls;  // the finish names the handle start gave
+    EXPECT_EQ(std::vector({calls.front().op, calls.front().data, calls[1].op, calls[1].data2, calls.back().op,
+                           calls.back().data2}),
+              std::vector<std::string>({"capability", "17", "start", "SM3", "finish", "42"}));
   }
 }
 
 struct FallbackCase {
   const char* name;
   bool stepwise;
-  int startResult;
-  int failUpdateAt;
-  int finishResult;
-  int digestResult;
+  int startResult, failUpdateAt, finishResult, digestResult;
   std::vector<std::string> ops;
   int result;
 };
@@ -87,11 +77,8 @@ TEST(CalcDigest_Fallback, OneShotWhenStepwiseIsMissingOrFails) {
   for (const FallbackCase& c : cases) {
     std::string data(5 * 16384 - 10, 'x');
     ScriptedPlugin plugin;
-    plugin.stepwise = c.stepwise;
-    plugin.startResult = c.startResult;
-    plugin.failUpdateAt = c.failUpdateAt;
-    plugin.finishResult = c.finishResult;
-    plugin.digestResult = c.digestResult;
+    std::tie(plugin.stepwise, plugin.startResult, plugin.failUpdateAt, plugin.finishResult, plugin.digestResult) =
+        std::tie(c.stepwise, c.startResult, c.failUpdateAt, c.finishResult, c.digestResult);
     BinaryBuf digest;
     digest.AppendBuf("old", 3);
     const int result = CalcDigest(reinterpret_cast<unsigned char*>(data.data()),
@@ -120,8 +107,8 @@ TEST(OESDigestCalculator_Binding, PassesItsPluginAndUserData) {
   EXPECT_EQ(calc.CalcDigest(data, 3, "MD5", digest), 0);
   ASSERT_EQ(digest.GetSize(), 2);
   EXPECT_EQ(digest.GetBuffer()[1], 1);
-  EXPECT_EQ(plugin.calls.back().userData, &token);
-  EXPECT_EQ(plugin.calls.back().data, std::string("\1\0\2", 3));
+  EXPECT_EQ(std::make_pair(plugin.calls.back().userData, plugin.calls.back().data),
+            std::make_pair(static_cast<void*>(&token), std::string("\1\0\2", 3)));
   EXPECT_NE(CalcDigest(data, 3, "MD5", nullptr, nullptr, digest), 0);
   EXPECT_EQ(digest.GetSize(), 2);
 }

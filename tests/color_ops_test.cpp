@@ -86,25 +86,19 @@ TEST(CrossMark_ThickLine, StepsAndStopsBeforeEndPoint) {
   }
 }
 
-TEST(SealColour_GrayOf, WeightsTruncateAndKeepAlpha) {
-  const struct { uint32_t in, out; } cases[] = {
-      {0xFFFF0000, 0xFF575757}, {0x80FF0000, 0x80575757}, {0xFF00FF00, 0xFF7F7F7F},
-      {0xFF0000FF, 0xFF272727}, {0xFFFFFFFF, 0xFFFFFFFF}, {0x00FFFFFF, 0x00FFFFFF},
-      {0x00000000, 0x00000000}, {0xFF000013, 0xFF020202}, {0x7F123456, 0x7F2D2D2D},
-      {0xFFFF00FF, 0xFF7F7F7F}, {0x00000001, 0x00000000}, {0xAB808080, 0xAB808080},
-  };
-  for (const auto& c : cases) EXPECT_EQ(GrayOf(c.in), c.out) << std::hex << c.in;
-}
-
 TEST(SealColour_Convert, RecolourInPlaceKeepingFormat) {
-  // Input colour, its grey form, its black form as a pixel.
+  // Input colour, its grey form (GrayOf: weights truncated, alpha kept), its
+  // black form as a pixel.
   const struct { uint32_t in, gray, black; } cases[] = {
       {0x00000000, 0x00000000, 0x00000000}, {0xFFFF0000, 0xFF575757, 0xFF000000},
       {0x80FF0000, 0x80575757, 0x80000000}, {0x00FFFFFF, 0x00FFFFFF, 0x00000000},
       {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF}, {0x00000001, 0x00000000, 0x00000000},
       {0x7F123456, 0x7F2D2D2D, 0x7F000000}, {0xFF000013, 0xFF020202, 0xFF000000},
+      {0xFF00FF00, 0xFF7F7F7F, 0xFF000000}, {0xFF0000FF, 0xFF272727, 0xFF000000},
+      {0xFFFF00FF, 0xFF7F7F7F, 0xFF000000}, {0xAB808080, 0xAB808080, 0xAB000000},
   };
   const int n = static_cast<int>(std::size(cases));
+  for (const auto& c : cases) EXPECT_EQ(GrayOf(c.in), c.gray) << std::hex << c.in;
   for (DibFormat format : {host::kDibArgb32, host::kDibIndexed8}) {
     const bool indexed = format == host::kDibIndexed8;
     for (bool black : {false, true}) {

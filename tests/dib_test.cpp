@@ -1,7 +1,15 @@
-// Bitmaps: creation limits, copies, conversions, pixel and palette access.
+// Bitmaps: creation limits, copies, conversions, pixel and palette access,
+// and the device data kept with them.
 #include <gtest/gtest.h>
 
+#include "host/base/bitmap_device.h"
+#include "host/base/device.h"
 #include "host/base/dib.h"
+#include "host/base/dib_device_cache.h"
+
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace host {
 namespace {
@@ -26,11 +34,7 @@ uint32_t Expected(DibFormat from, uint32_t argb) {
 }
 
 TEST(Dib_Create, RefusesBadSizesAndFormats) {
-  const struct {
-    int w, h;
-    DibFormat f;
-    bool ok;
-  } cases[] = {
+  const struct { int w, h; DibFormat f; bool ok; } cases[] = {
       {1, 1, kDibArgb32, true},       {0, 5, kDibArgb32, false},
       {5, -1, kDibArgb32, false},     {kMaxDibSide, 1, kDibRgb24, true},
       {kMaxDibSide + 1, 1, kDibRgb24, false}, {16384, 16384, kDibArgb32, false},
@@ -44,22 +48,19 @@ TEST(Dib_Create, RefusesBadSizesAndFormats) {
 }
 
 TEST(Dib_Layout, PitchAndPaletteByFormat) {
-  auto rgb = Dib::Create(5, 2, kDibRgb24);
-  EXPECT_EQ(rgb->GetPitch(), 16);  // 15 bytes padded to 4
-  EXPECT_EQ(rgb->GetBPP(), 24);
-  EXPECT_EQ(rgb->GetPaletteSize(), 0);
-  auto argb = Dib::Create(5, 2, kDibArgb32);
-  EXPECT_EQ(argb->GetPitch(), 20);
-  auto indexed = Dib::Create(5, 2, kDibIndexed8);
-  EXPECT_EQ(indexed->GetPitch(), 8);
-  EXPECT_EQ(indexed->GetPaletteSize(), 256);
+  // Rows padded to 4 bytes: 15 bytes of RGB take 16.
+  const struct { DibFormat format; int pitch, bpp, paletteSize; } cases[] = {
+      {kDibRgb24, 16, 24, 0}, {kDibArgb32, 20, 32, 0}, {kDibIndexed8, 8, 8, 256}};
+  for (const auto& c : cases) {
+    auto dib = Dib::Create(5, 2, c.format);
+    EXPECT_EQ(std::make_tuple(dib->GetPitch(), dib->GetBPP(), dib->GetPaletteSize()),
+              std::make_tuple(c.pitch, c.bpp, c.paletteSize));
+  }
   // Stored as bytes B, G, R, A.
+  auto argb = Dib::Create(5, 2, kDibArgb32);
   argb->SetPixel({1, 0}, 0x11223344);
   const uint8_t* p = argb->GetScanline(0) + 4;
-  EXPECT_EQ(p[0], 0x44);
-  EXPECT_EQ(p[1], 0x33);
-  EXPECT_EQ(p[2], 0x22);
-  EXPECT_EQ(p[3], 0x11);
+  EXPECT_EQ(std::vector<uint8_t>(p, p + 4), std::vector<uint8_t>({0x44, 0x33, 0x22, 0x11}));
 }
 
 class DibConvertTest : public ::testing::TestWithParam<std::pair<DibFormat, DibFormat>> {};
@@ -99,26 +100,16 @@ TEST(Dib_CloneConvert, TooManyColoursForPalette) {
 
 TEST(Dib_Clone, RectIsClippedToBitmap) {
   auto src = Sample(kDibArgb32);
-  const struct {
-    Rect rect;
-    int w, h;
-    uint32_t topLeft;
-  } cases[] = {
-      {{1, 0, 3, 2}, 2, 2, 0xFF00FF00},
-      {{-5, -5, 1, 1}, 1, 1, 0xFFFF0000},
-      {{2, 1, 50, 50}, 1, 1, 0xFF000000},
-  };
+  const struct { Rect rect; int w, h; uint32_t topLeft; } cases[] = {
+      {{1, 0, 3, 2}, 2, 2, 0xFF00FF00}, {{-5, -5, 1, 1}, 1, 1, 0xFFFF0000}, {{2, 1, 50, 50}, 1, 1, 0xFF000000},
+      {{5, 5, 9, 9}, 0, 0, 0}, {{2, 2, 1, 1}, 0, 0, 0}};  // outside, inverted: none
   for (const auto& c : cases) {
     auto out = src->Clone(&c.rect);
-    ASSERT_NE(out, nullptr);
-    EXPECT_EQ(out->GetWidth(), c.w);
-    EXPECT_EQ(out->GetHeight(), c.h);
-    EXPECT_EQ(out->GetPixel({0, 0}), c.topLeft);
+    ASSERT_EQ(out != nullptr, c.w > 0);
+    if (!out) continue;
+    EXPECT_EQ(std::make_tuple(out->GetWidth(), out->GetHeight(), out->GetPixel({0, 0})),
+              std::make_tuple(c.w, c.h, c.topLeft));
   }
-  const Rect outside(5, 5, 9, 9);
-  const Rect inverted(2, 2, 1, 1);
-  EXPECT_EQ(src->Clone(&outside), nullptr);
-  EXPECT_EQ(src->Clone(&inverted), nullptr);
   // A copy is independent of its source.
   auto copy = src->Clone();
   copy->SetPixel({0, 0}, 0);
@@ -129,16 +120,14 @@ TEST(Dib_Pixels, OutsideIsIgnoredAndPaletteNearest) {
   auto dib = Sample(kDibIndexed8);
   dib->SetPixel({-1, 0}, 0xFFFFFFFF);
   dib->SetPixel({3, 0}, 0xFFFFFFFF);
-  EXPECT_EQ(dib->GetPixel({3, 0}), 0u);
-  EXPECT_EQ(dib->GetPixel({0, -1}), 0u);
+  EXPECT_EQ(std::make_pair(dib->GetPixel({3, 0}), dib->GetPixel({0, -1})), std::make_pair(0u, 0u));
   // An indexed bitmap stores the nearest palette colour.
   dib->SetPixel({0, 0}, 0xFFF01010);
   EXPECT_EQ(dib->GetPixel({0, 0}), 0xFFFF0000u);
   EXPECT_EQ(dib->GetScanline(0)[0], 0);
   dib->SetPaletteEntry(0, 0xFF123456);
   EXPECT_EQ(dib->GetPixel({0, 0}), 0xFF123456u);
-  EXPECT_EQ(dib->GetPaletteEntry(-1), 0u);
-  EXPECT_EQ(dib->GetPaletteEntry(256), 0u);
+  EXPECT_EQ(std::make_pair(dib->GetPaletteEntry(-1), dib->GetPaletteEntry(256)), std::make_pair(0u, 0u));
   const uint32_t tooMany[257] = {};
   EXPECT_FALSE(dib->SetPalette(tooMany, 257));
   EXPECT_FALSE(Dib::Create(1, 1, kDibRgb24)->SetPalette(tooMany, 2));
@@ -151,6 +140,56 @@ TEST(Dib_Fill, EveryFormat) {
     for (int y = 0; y < 2; ++y)
       for (int x = 0; x < 3; ++x) EXPECT_EQ(dib->GetPixel({x, y}), 0xFF0000FFu) << f;
   }
+}
+
+// Device data kept with a bitmap: shared by whole clones, dropped by any
+// change, and never drawn stale.
+std::unique_ptr<Dib> Kept(uint32_t argb) {
+  auto dib = Dib::Create(4, 4, kDibArgb32);
+  dib->Fill(argb);
+  dib->KeepDeviceData();
+  return dib;
+}
+
+uint32_t DrawnCentre(const Dib& dib) {
+  auto device = CreateBitmapDevice(8, 8, kDibArgb32, 0xFFFFFFFF);
+  EXPECT_TRUE(device->DrawBitmapMatrix(&dib, Matrix(8, 0, 0, 8, 0, 0), 255, BlendMode::kNormal));
+  std::unique_ptr<Dib> out(device->TakeBitmap());
+  return out->GetPixel({4, 4});
+}
+
+TEST(DibDeviceCache, WholeClonesShareItAndChangesDropIt) {
+  auto dib = Kept(0xFF102030);
+  ASSERT_TRUE(dib->GetDeviceCache());
+  EXPECT_EQ(dib->Clone()->GetDeviceCache(), dib->GetDeviceCache());
+  const Rect part(0, 0, 2, 2);
+  EXPECT_FALSE(dib->Clone(&part)->GetDeviceCache());
+
+  // Each way of changing pixels or palette drops it.
+  const auto change = {+[](Dib& d) { d.GetBuffer(); }, +[](Dib& d) { d.GetScanline(0); },
+                       +[](Dib& d) { d.SetPixel({0, 0}, 0); }, +[](Dib& d) { d.Fill(0); }};
+  for (auto f : change) {
+    auto copy = dib->Clone();
+    f(*copy);
+    EXPECT_FALSE(copy->GetDeviceCache());
+    EXPECT_TRUE(dib->GetDeviceCache());
+  }
+  auto indexed = Dib::Create(2, 2, kDibIndexed8);
+  indexed->KeepDeviceData();
+  const uint32_t palette[] = {0xFF000000};
+  indexed->SetPalette(palette, 1);
+  EXPECT_FALSE(indexed->GetDeviceCache());
+}
+
+TEST(DibDeviceCache, DrawsWhatThePixelsAreNow) {
+  auto dib = Kept(0xFF102030);
+  EXPECT_EQ(DrawnCentre(*dib), 0xFF102030u);
+  auto copy = dib->Clone();
+  EXPECT_EQ(DrawnCentre(*copy), 0xFF102030u);  // the shared conversion
+  EXPECT_TRUE(dib->GetDeviceCache()->Find(nullptr) == nullptr);
+  copy->Fill(0xFF405060);
+  EXPECT_EQ(DrawnCentre(*copy), 0xFF405060u);
+  EXPECT_EQ(DrawnCentre(*dib), 0xFF102030u);
 }
 
 }  // namespace

@@ -3,9 +3,8 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <set>
 #include <string>
-#include <thread>
+#include <utility>
 #include <vector>
 
 #include "host/base/app_context.h"
@@ -13,6 +12,7 @@
 #include "host/base/font.h"
 #include "host/base/font_mgr.h"
 #include "host/base/ft_face_source.h"
+#include "host/base/memory_face_cache.h"
 #include "support/fixed_metrics_face.h"
 #include "support/fonts.h"
 
@@ -30,37 +30,29 @@ std::vector<uint8_t> ReadFile(const std::string& path) {
 
 host::FontMgr& Mgr() { return *host::AppContext::Get()->GetFontMgr(); }
 
-struct FamilyCase {
-  const char32_t* family;
-  const char* expectFamily;  // substring of Describe(); null: any CJK face
-};
-
-class FontFamilyTest : public ::testing::TestWithParam<FamilyCase> {};
-
-TEST_P(FontFamilyTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
-  TARVIK_NEED_FONTS("AR PL UMing CN", "AR PL UKai CN", "Noto Sans CJK SC");
-  const FamilyCase& c = GetParam();
-  host::Font font(nullptr);
-  ASSERT_NE(font.LoadFont(c.family, nullptr, 3, 400, 0), 0);
-  ASSERT_NE(font.GetFaceHandle(), nullptr);
-  const std::string desc = font.GetFaceHandle()->Describe();
-  EXPECT_NE(font.GetGlyphIndex(kZhong), 0u) << desc;
-  EXPECT_NE(font.GetGlyphIndex(kWen), 0u) << desc;
-  if (c.expectFamily) {
-    EXPECT_NE(desc.find(c.expectFamily), std::string::npos) << desc;
-  }
+std::shared_ptr<const host::FtFaceSource> FtFace(const char* family, int weight, bool italic) {
+  return std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace(family, weight, italic));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Families, FontFamilyTest,
-    ::testing::Values(FamilyCase{U"宋体", "AR PL UMing CN"}, FamilyCase{U"黑体", "Noto Sans Mono CJK SC"},
-                      FamilyCase{U"楷体", "AR PL UKai CN"}, FamilyCase{U"仿宋", "AR PL UMing CN"},
-                      FamilyCase{U"SimSun", "AR PL UMing CN"}, FamilyCase{U"KaiTi_GB2312", "AR PL UKai CN"},
-                      FamilyCase{U"仿宋_GB2312", "AR PL UMing CN"}, FamilyCase{U"Microsoft YaHei", "Noto Sans CJK SC"},
-                      FamilyCase{U"方正小标宋简体", "AR PL UMing CN"}, FamilyCase{U"华文楷体", "AR PL UKai CN"},
-                      FamilyCase{U"Times New Roman", nullptr}, FamilyCase{U"No Such Family 42", nullptr},
-                      FamilyCase{U"", nullptr}, FamilyCase{nullptr, nullptr}),
-    [](const ::testing::TestParamInfo<FamilyCase>& info) { return "Case" + std::to_string(info.index); });
+// Each family loads a face with Chinese glyphs: the expected one (a substring
+// of Describe()), or any CJK face for the unknown and absent ones.
+TEST(FontTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
+  TARVIK_NEED_FONTS("AR PL UMing CN", "AR PL UKai CN", "Noto Sans CJK SC");
+  const std::pair<const char32_t*, const char*> cases[] = {
+      {U"宋体", "AR PL UMing CN"},        {U"黑体", "Noto Sans Mono CJK SC"},   {U"楷体", "AR PL UKai CN"},
+      {U"仿宋", "AR PL UMing CN"},        {U"SimSun", "AR PL UMing CN"},         {U"KaiTi_GB2312", "AR PL UKai CN"},
+      {U"仿宋_GB2312", "AR PL UMing CN"}, {U"Microsoft YaHei", "Noto Sans CJK SC"}, {U"华文楷体", "AR PL UKai CN"},
+      {U"方正小标宋简体", "AR PL UMing CN"}, {U"Times New Roman", ""}, {U"No Such Family 42", ""}, {U"", ""},
+      {nullptr, ""}};
+  for (const auto& [family, expect] : cases) {
+    host::Font font(nullptr);
+    ASSERT_NE(font.LoadFont(family, nullptr, 3, 400, 0), 0);
+    ASSERT_NE(font.GetFaceHandle(), nullptr);
+    const std::string desc = font.GetFaceHandle()->Describe();
+    EXPECT_TRUE(font.GetGlyphIndex(kZhong) && font.GetGlyphIndex(kWen)) << desc;
+    EXPECT_NE(desc.find(expect), std::string::npos) << desc;
+  }
+}
 
 TEST(FontMgrTest, FontMgr_LatinFamilyAsIsAndOneFacePerFile) {
   TARVIK_NEED_FONTS("DejaVu Serif");
@@ -76,8 +68,7 @@ TEST(FontMgrTest, FontMgr_LatinFamilyAsIsAndOneFacePerFile) {
 
 TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
   TARVIK_NEED_FONTS("Noto Sans CJK SC", "DejaVu Serif");
-  auto regular = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 400, false));
-  auto bold = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("黑体", 700, false));
+  auto regular = FtFace("黑体", 400, false), bold = FtFace("黑体", 700, false);
   ASSERT_TRUE(regular && bold);
   EXPECT_NE(regular, bold);
   EXPECT_FALSE(regular->IsBold());
@@ -85,11 +76,11 @@ TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
   EXPECT_NE(bold->GlyphIndex(kZhong), 0u);
 
   // An unknown family in bold falls back to a CJK face that is really bold.
-  auto boldFallback = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("No Such Family 42", 700, false));
+  auto boldFallback = FtFace("No Such Family 42", 700, false);
   ASSERT_TRUE(boldFallback);
   EXPECT_TRUE(boldFallback->IsBold()) << boldFallback->Describe();
 
-  auto italic = std::dynamic_pointer_cast<const host::FtFaceSource>(Mgr().FindFace("DejaVu Serif", 400, true));
+  auto italic = FtFace("DejaVu Serif", 400, true);
   ASSERT_TRUE(italic);
   EXPECT_TRUE(italic->IsItalic()) << italic->Describe();
 }
@@ -102,22 +93,6 @@ TEST(FontMgrTest, FontMgr_AltFamilyUsedWhenFamilyUnknown) {
   // A known family wins over the alternative.
   ASSERT_NE(font.LoadFont(U"黑体", U"楷体", 3, 400, 0), 0);
   EXPECT_NE(font.GetFaceHandle()->Describe().find("Noto Sans Mono CJK SC"), std::string::npos);
-}
-
-TEST(FontMgrTest, FontMgr_ConcurrentFindFaceLoadsOneFace) {
-  host::FontMgr mgr;  // fresh: nothing cached yet
-  std::vector<std::shared_ptr<const host::FaceSource>> got(8);
-  std::vector<std::thread> threads;
-  for (size_t i = 0; i < got.size(); ++i) {
-    threads.emplace_back([&, i] {
-      got[i] = mgr.FindFace("楷体", 400, false);
-      // Glyph calls race with the other threads' loads.
-      if (got[i]) got[i]->GlyphHeight(got[i]->GlyphIndex(kZhong));
-    });
-  }
-  for (auto& t : threads) t.join();
-  ASSERT_NE(got[0], nullptr);
-  for (const auto& f : got) EXPECT_EQ(f, got[0]);
 }
 
 TEST(FontMgrTest, FontMgr_RegisteredFaceOverrides) {
@@ -141,26 +116,20 @@ TEST(FontMetricsTest, FontMetrics_CjkFullWidthLatinNarrower) {
   TARVIK_NEED_FONTS("Noto Sans CJK SC");
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"黑体", nullptr, 3, 400, 0), 0);
-  const uint32_t zhong = font.GetGlyphIndex(kZhong);
-  const uint32_t i = font.GetGlyphIndex('i');
+  const uint32_t zhong = font.GetGlyphIndex(kZhong), i = font.GetGlyphIndex('i');
   const uint32_t underscore = font.GetGlyphIndex('_');
   ASSERT_TRUE(zhong && i && underscore);
   EXPECT_EQ(font.GetGlyphAdvance(zhong), 1000);
-  EXPECT_GT(font.GetGlyphAdvance(i), 0);
-  EXPECT_LT(font.GetGlyphAdvance(i), 1000);
+  EXPECT_TRUE(font.GetGlyphAdvance(i) > 0 && font.GetGlyphAdvance(i) < 1000);
   const int hZhong = font.GetGlyphHeight(zhong);
-  EXPECT_GT(hZhong, 600);
-  EXPECT_LE(hZhong, 1000);
-  EXPECT_GE(font.GetGlyphHeight(underscore), 0);
-  EXPECT_LT(font.GetGlyphHeight(underscore), hZhong / 4);
+  EXPECT_TRUE(hZhong > 600 && hZhong <= 1000) << hZhong;
+  EXPECT_TRUE(font.GetGlyphHeight(underscore) >= 0 && font.GetGlyphHeight(underscore) < hZhong / 4);
   EXPECT_EQ(font.GetGlyphHeight(font.GetGlyphIndex(' ')), 0);
   // Out-of-range glyphs and an empty font answer 0.
-  EXPECT_EQ(font.GetGlyphAdvance(0xFFFFFF), 0);
-  EXPECT_EQ(font.GetGlyphHeight(0xFFFFFF), 0);
   host::Font empty(nullptr);
-  EXPECT_EQ(empty.GetGlyphIndex(kZhong), 0u);
-  EXPECT_EQ(empty.GetGlyphAdvance(1), 0);
-  EXPECT_EQ(Mgr().GetGlyphIndex(nullptr, kZhong), 0u);
+  EXPECT_EQ(std::vector({font.GetGlyphAdvance(0xFFFFFF), font.GetGlyphHeight(0xFFFFFF), empty.GetGlyphAdvance(1)}),
+            std::vector({0, 0, 0}));
+  EXPECT_EQ(std::make_pair(empty.GetGlyphIndex(kZhong), Mgr().GetGlyphIndex(nullptr, kZhong)), std::make_pair(0u, 0u));
 }
 
 // The drawing device shares the face and leaves its glyph transform on it
@@ -192,23 +161,21 @@ TEST(FontMemoryTest, FontMemory_LoadsInstalledFileAndRefusesGarbage) {
   ASSERT_NE(font.LoadFontFromMemory(bytes.data(), bytes.size()), 0);
   const uint32_t a = font.GetGlyphIndex('A');
   EXPECT_NE(a, 0u);
-  EXPECT_GT(font.GetGlyphAdvance(a), 500);
-  EXPECT_GT(font.GetGlyphHeight(a), 600);
+  EXPECT_TRUE(font.GetGlyphAdvance(a) > 500 && font.GetGlyphHeight(a) > 600);
   EXPECT_NE(font.GetFaceHandle()->Describe().find("<memory>"), std::string::npos);
   // The bytes were copied.
   std::fill(bytes.begin(), bytes.end(), 0);
   EXPECT_EQ(font.GetGlyphIndex('A'), a);
 
-  const std::vector<uint8_t> garbage(4096, 0x5A);
+  // Garbage, nothing, a cut font and face indexes it does not have.
+  const std::vector<uint8_t> garbage(4096, 0x5A), real = ReadFile(path);
   host::Font bad(nullptr);
-  EXPECT_EQ(bad.LoadFontFromMemory(garbage.data(), garbage.size()), 0);
-  EXPECT_EQ(bad.LoadFontFromMemory(nullptr, 100), 0);
-  EXPECT_EQ(bad.LoadFontFromMemory(garbage.data(), 0), 0);
+  EXPECT_EQ(std::vector({bad.LoadFontFromMemory(garbage.data(), garbage.size()), bad.LoadFontFromMemory(nullptr, 100),
+                         bad.LoadFontFromMemory(garbage.data(), 0), bad.LoadFontFromMemory(real.data(), 64),
+                         bad.LoadFontFromMemory(real.data(), real.size(), 5),
+                         bad.LoadFontFromMemory(real.data(), real.size(), -1)}),
+            std::vector<int>(6, 0));
   EXPECT_EQ(bad.GetFaceHandle(), nullptr);
-  const std::vector<uint8_t> real = ReadFile(path);
-  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), 64), 0);
-  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), real.size(), 5), 0);
-  EXPECT_EQ(bad.LoadFontFromMemory(real.data(), real.size(), -1), 0);
 }
 
 TEST(FontMemoryTest, FontMemory_TruncatedFontNeverCrashes) {
@@ -223,6 +190,44 @@ TEST(FontMemoryTest, FontMemory_TruncatedFontNeverCrashes) {
       font.GetGlyphAdvance(g);
     }
   }
+}
+
+// Faces from font bytes kept per process: the same bytes give the same face,
+// other bytes or face indexes do not, and the byte bound evicts the least
+// recently used.
+std::shared_ptr<const host::FaceSource> NewFace() {
+  return std::make_shared<testing_support::FixedMetricsFace>(std::map<uint32_t, testing_support::GlyphMetrics>{});
+}
+
+const uint8_t* Bytes(const std::string& s) { return reinterpret_cast<const uint8_t*>(s.data()); }
+
+TEST(MemoryFaceCacheTest, MemoryFaceCache_SameBytesAndIndexOnly) {
+  host::MemoryFaceCache cache(100);
+  const std::string a(40, 'a'), b(40, 'b');
+  const auto faceA = NewFace();
+  cache.Add(Bytes(a), a.size(), 0, faceA);
+  EXPECT_EQ(cache.Find(Bytes(a), a.size(), 0), faceA);
+  const std::string copy = a;  // equal bytes elsewhere in memory
+  EXPECT_EQ(cache.Find(Bytes(copy), copy.size(), 0), faceA);
+  EXPECT_EQ(cache.Find(Bytes(b), b.size(), 0), nullptr);
+  EXPECT_EQ(cache.Find(Bytes(a), a.size(), 1), nullptr);
+  EXPECT_EQ(cache.Find(Bytes(a), a.size() - 1, 0), nullptr);
+  EXPECT_EQ(cache.Find(nullptr, 0, 0), nullptr);
+}
+
+TEST(MemoryFaceCacheTest, MemoryFaceCache_BoundEvictsLeastRecentlyUsed) {
+  host::MemoryFaceCache cache(100);
+  const std::string a(40, 'a'), b(40, 'b'), c(40, 'c'), huge(101, 'h');
+  cache.Add(Bytes(a), a.size(), 0, NewFace());
+  cache.Add(Bytes(b), b.size(), 0, NewFace());
+  ASSERT_TRUE(cache.Find(Bytes(a), a.size(), 0));  // a is now the most recent
+  cache.Add(Bytes(c), c.size(), 0, NewFace());     // 120 bytes: b goes
+  EXPECT_TRUE(cache.Find(Bytes(a), a.size(), 0));
+  EXPECT_FALSE(cache.Find(Bytes(b), b.size(), 0));
+  EXPECT_TRUE(cache.Find(Bytes(c), c.size(), 0));
+  cache.Add(Bytes(huge), huge.size(), 0, NewFace());
+  EXPECT_FALSE(cache.Find(Bytes(huge), huge.size(), 0));
+  EXPECT_TRUE(cache.Find(Bytes(a), a.size(), 0));
 }
 
 }  // namespace

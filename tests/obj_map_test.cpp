@@ -19,22 +19,17 @@ Map::Assoc* Insert(Map& map, const std::string& key, const int* value) {
   return a;
 }
 
-TEST(ObjMap_Lookup, HashIsGivenEvenWhenEmpty) {
+TEST(ObjMap_Keys, ExactCaseSensitiveAndEmptyWithTheHashGivenEvenWhenEmpty) {
   Map map;
   uint32_t hash = 0;
   EXPECT_EQ(map.Lookup(host::ByteString("k"), hash), nullptr);
   EXPECT_EQ(hash, host::HashKey(host::ByteString("k")));
   EXPECT_FALSE(map.HasBuckets());
   EXPECT_EQ(map.GetBucketCount(), 17u);
-}
-
-TEST(ObjMap_Keys, ExactCaseSensitiveAndEmpty) {
-  Map map;
   int a = 1, b = 2, c = 3;
   Insert(map, "/Doc_0/Signs/Sign_0/SignedValue.dat", &a);
   Insert(map, "/doc_0/signs/sign_0/signedvalue.dat", &b);
   Insert(map, "", &c);
-  uint32_t hash;
   EXPECT_EQ(map.Lookup(host::ByteString("/Doc_0/Signs/Sign_0/SignedValue.dat"), hash)->value, &a);
   EXPECT_EQ(map.Lookup(host::ByteString("/doc_0/signs/sign_0/signedvalue.dat"), hash)->value, &b);
   EXPECT_EQ(map.Lookup(host::ByteString(""), hash)->value, &c);

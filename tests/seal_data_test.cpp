@@ -3,22 +3,18 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "decode/seal_data_type.h"
-#include "host/base/codec.h"
+#include "support/seal_document.h"
 #include "support/zip_builder.h"
 #include "tarvik/tarvik.h"
 
 namespace tarvik {
 namespace {
 
-std::string SmallPng(int width, int height) {
-  auto dib = host::Dib::Create(width, height, host::kDibArgb32);
-  dib->Fill(0x80FF0000);
-  std::string png;
-  EXPECT_TRUE(host::EncodePng(*dib, png));
-  return png;
-}
+std::string SmallPng(int width, int height) { return testing_support::SolidPng(width, height, 0x80FF0000); }
 
 unsigned char* Bytes(std::string& s) { return reinterpret_cast<unsigned char*>(s.data()); }
 
@@ -41,61 +37,42 @@ ParseResult Parse(unsigned char* data, unsigned int length) {
   return r;
 }
 
-TEST(ParseSealImage_Empty, NullWithoutPrintingOrFlag) {
-  std::string png = SmallPng(2, 2);
-  for (auto [data, length] : {std::pair<unsigned char*, unsigned>{nullptr, 10},
-                              {Bytes(png), 0}, {nullptr, 0}}) {
-    ParseResult r = Parse(data, length);
-    EXPECT_EQ(r.dib, nullptr);
-    EXPECT_EQ(r.flag, -1);
-    EXPECT_EQ(r.printed, "");
+// What comes back, whether the flag is set and to what, and what is printed
+// (the unknown-kind line once a parse).
+TEST(ParseSealImage_Kinds, ResultFlagAndMessage) {
+  const std::string png = SmallPng(7, 5);
+  const std::string unknown = "Found unknown seal image type\n";
+  const struct {
+    const char* name;
+    std::string bytes;
+    bool nullData;
+    int length;  // -1: the bytes' own
+    bool decoded;
+    int flag;
+    std::string printed;
+  } cases[] = {
+      {"null data", "", true, 10, false, -1, ""},
+      {"no length", png, false, 0, false, -1, ""},
+      {"raster", png, false, -1, true, 0, ""},
+      {"corrupt raster", png.substr(0, png.size() / 2), false, -1, false, 0, ""},
+      {"junk", "neither a picture nor a package", false, -1, false, -1, unknown + unknown},
+      {"zip that is no package", testing_support::BuildZip({{"hello.txt", "hi"}}), false, -1, false, -1,
+       unknown + unknown},
+      // A package with OFD.xml but no document cannot render.
+      {"package without a document", testing_support::MinimalOfdPackage(), false, -1, false, 1, ""},
+  };
+  for (auto c : cases) {
+    SCOPED_TRACE(c.name);
+    const int length = c.length < 0 ? static_cast<int>(c.bytes.size()) : c.length;
+    ParseResult r = Parse(c.nullData ? nullptr : Bytes(c.bytes), static_cast<unsigned>(length));
+    EXPECT_EQ(r.dib != nullptr, c.decoded);
+    EXPECT_EQ(r.flag, c.flag);
+    EXPECT_EQ(r.printed, c.printed);
+    if (c.decoded) {
+      EXPECT_EQ(std::make_tuple(r.dib->GetWidth(), r.dib->GetHeight(), r.dib->GetPixel({3, 2})),
+                std::make_tuple(7, 5, 0x80FF0000u));  // its own size, not the request's
+    }
   }
-}
-
-TEST(ParseSealImage_Unknown, PrintsOnceAndLeavesFlag) {
-  std::string junk = "this is neither a picture nor a package";
-  bool isOfd = true;
-  ::testing::internal::CaptureStdout();
-  std::unique_ptr<Dib> dib(ParseSealImage(Bytes(junk), junk.size(), 0, 0, 300, isOfd));
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Found unknown seal image type\n");
-  EXPECT_EQ(dib, nullptr);
-  EXPECT_TRUE(isOfd);
-
-  // A zip that is not an OFD package is unknown too.
-  std::string zip = testing_support::BuildZip({{"hello.txt", "hi"}});
-  ParseResult r = Parse(Bytes(zip), zip.size());
-  EXPECT_EQ(r.dib, nullptr);
-  EXPECT_EQ(r.flag, -1);
-  EXPECT_EQ(r.printed, "Found unknown seal image type\nFound unknown seal image type\n");
-}
-
-TEST(ParseSealImage_Raster, KeepsOwnSizeAndClearsFlag) {
-  std::string png = SmallPng(7, 5);
-  ParseResult r = Parse(Bytes(png), png.size());
-  ASSERT_NE(r.dib, nullptr);
-  EXPECT_EQ(r.dib->GetWidth(), 7);
-  EXPECT_EQ(r.dib->GetHeight(), 5);
-  EXPECT_EQ(r.dib->GetPixel({3, 2}), 0x80FF0000u);
-  EXPECT_EQ(r.flag, 0);
-  EXPECT_EQ(r.printed, "");
-}
-
-TEST(ParseSealImage_Raster, CorruptPictureIsNullButKindKnown) {
-  std::string png = SmallPng(16, 16);
-  png.resize(png.size() / 2);
-  ParseResult r = Parse(Bytes(png), png.size());
-  EXPECT_EQ(r.dib, nullptr);
-  EXPECT_EQ(r.flag, 0);  // the kind was known: the flag says raster
-  EXPECT_EQ(r.printed, "");
-}
-
-TEST(ParseSealImage_Ofd, FailedRenderingStillSetsFlag) {
-  // A package with OFD.xml but no document cannot render.
-  std::string ofd = testing_support::MinimalOfdPackage();
-  ParseResult r = Parse(Bytes(ofd), ofd.size());
-  EXPECT_EQ(r.dib, nullptr);
-  EXPECT_EQ(r.flag, 1);
-  EXPECT_EQ(r.printed, "");
 }
 
 TEST(DetectSealDataType_Kinds, ImageBeforeOfdAndCaseOfRoot) {

@@ -4,13 +4,12 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "decode/seal_data_type.h"
-#include "host/base/codec.h"
-#include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_multimedia.h"
-#include "host/ofd/ofd_package.h"
 #include "support/scripted_plugin.h"
+#include "support/seal_document.h"
 #include "support/zip_builder.h"
 #include "tarvik/tarvik.h"
 
@@ -19,115 +18,72 @@ namespace {
 
 using testing_support::ScriptedPlugin;
 
-std::string Png(int w, int h) {
-  auto dib = host::Dib::Create(w, h, host::kDibArgb32);
-  dib->Fill(0xFFCC0000);
-  std::string out;
-  host::EncodePng(*dib, out);
-  return out;
-}
+using testing_support::kSealFile;
+using testing_support::kSignedFile;
+using testing_support::SealDocument;
+using testing_support::SolidPng;
 
-// A loaded one-page document whose package holds a seal file and a
-// signed-value file (an empty one when asked).
-class SealDocument {
- public:
-  explicit SealDocument(bool emptyFiles = false) {
-    using testing_support::BuildOfdPackage;
-    const std::string bytes = BuildOfdPackage({
-        {"Doc_0/Document.xml", testing_support::OfdDocumentXml({{1, "Pages/Page_0/Content.xml"}})},
-        {"Doc_0/Pages/Page_0/Content.xml", testing_support::OfdPageXml("")},
-        {"Doc_0/Signs/Sign_0/Seal.esl", emptyFiles ? "" : "SEAL-DATA"},
-        {"Doc_0/Signs/Sign_0/SignedValue.dat", emptyFiles ? "" : std::string("SIGNED\0VALUE", 12)},
-    });
-    package_ = std::make_unique<host::OfdPackage>();
-    EXPECT_EQ(package_->LoadFromStream(host::StreamReader::CreateMemoryStreamReader(bytes), 1), 0);
-    document_ = std::make_unique<host::OfdDocument>();
-    EXPECT_EQ(document_->LoadDocument(package_.get(), package_->GetDocument(0), -1), 0);
-  }
-  host::OfdMultiMedia Media(const char* primary, const char* secondary) {
-    host::OfdMultiMedia media;
-    media.type = "Seal";
-    media.PrimaryLoc = primary;
-    media.SecondaryLoc = secondary;
-    media.ResourceContainer = document_.get();
-    return media;
-  }
-
- private:
-  std::unique_ptr<host::OfdPackage> package_;
-  std::unique_ptr<host::OfdDocument> document_;
-};
-
-constexpr const char* kSeal = "/Doc_0/Signs/Sign_0/Seal.esl";
-constexpr const char* kSigned = "/Doc_0/Signs/Sign_0/SignedValue.dat";
+const std::string kSignedValue("SIGNED\0VALUE", 12);
 
 struct Outcome {
   std::unique_ptr<Dib> dib;
-  bool isOfd;
+  bool isOfd = true;  // a raster result must clear it
 };
 
-Outcome Parse(SealDocument& doc, const host::OfdMultiMedia& media, ScriptedPlugin& plugin,
-            int renderMode = 0, void* userData = nullptr) {
-  Outcome o{nullptr, true};  // starts true: a raster result must clear it
+Outcome Parse(const host::OfdMultiMedia& media, ScriptedPlugin& plugin, int renderMode = 0,
+              void* userData = nullptr) {
+  Outcome o;
   o.dib.reset(ParseSealImage(&media, renderMode, &plugin, userData, 50, 50, 0, o.isOfd));
-  (void)doc;
   return o;
 }
 
 TEST(SealImageExtract_Order, PrimarySuccessAsksNothingElse) {
-  SealDocument doc;
+  SealDocument doc("SEAL-DATA", kSignedValue);
   ScriptedPlugin plugin;
-  plugin.primary = {0, Png(6, 4), "PNG", 40, 30};
+  plugin.primary = {0, SolidPng(6, 4, 0xFFCC0000), "PNG", 40, 30};
   int token = 0;
-  Outcome o = Parse(doc, doc.Media(kSeal, kSigned), plugin, 3, &token);
+  Outcome o = Parse(*doc.Media(), plugin, 3, &token);
   ASSERT_NE(o.dib, nullptr);
   EXPECT_EQ(o.dib->GetWidth(), 6);  // the picture's own size, not the request's
   EXPECT_FALSE(o.isOfd);
   ASSERT_EQ(plugin.Ops(), std::vector<std::string>{"primary"});
-  EXPECT_EQ(plugin.calls[0].data, "SEAL-DATA");
-  EXPECT_EQ(plugin.calls[0].renderMode, 3);
-  EXPECT_EQ(plugin.calls[0].userData, &token);
+  EXPECT_EQ(std::make_tuple(plugin.calls[0].data, plugin.calls[0].renderMode, plugin.calls[0].userData),
+            std::make_tuple("SEAL-DATA", 3, static_cast<void*>(&token)));
   EXPECT_EQ(plugin.ImageCheckCallback.load(), &CheckRasterImage);
 }
 
 TEST(SealImageExtract_Order, FailuresFallThroughWithSharedOutputs) {
-  SealDocument doc;
+  SealDocument doc("SEAL-DATA", kSignedValue);
   ScriptedPlugin plugin;
   plugin.primary = {1, "junk-from-primary", "x", 77, 0, true};  // fails but writes
   plugin.secondary = {2};
-  plugin.combined = {0, Png(3, 3), "png", 1, 1};
-  Outcome o = Parse(doc, doc.Media(kSeal, kSigned), plugin);
+  plugin.combined = {0, SolidPng(3, 3, 0xFFCC0000), "png", 1, 1};
+  Outcome o = Parse(*doc.Media(), plugin);
   ASSERT_NE(o.dib, nullptr);
   ASSERT_EQ(plugin.Ops(), (std::vector<std::string>{"primary", "secondary", "combined"}));
   EXPECT_EQ(plugin.calls[0].pictureIn, "");
   EXPECT_EQ(plugin.calls[1].pictureIn, "junk-from-primary");  // the outputs are shared
   EXPECT_EQ(plugin.calls[1].widthIn, 77);
-  EXPECT_EQ(plugin.calls[1].data, std::string("SIGNED\0VALUE", 12));
+  EXPECT_EQ(plugin.calls[1].data, kSignedValue);
   EXPECT_EQ(plugin.calls[2].data, "SEAL-DATA");
-  EXPECT_EQ(plugin.calls[2].data2, std::string("SIGNED\0VALUE", 12));
+  EXPECT_EQ(plugin.calls[2].data2, kSignedValue);
 }
 
 TEST(SealImageExtract_Files, MissingOrEmptyFiles) {
   const struct {
-    const char* name;
-    const char* primary;
-    const char* secondary;
-    bool emptyFiles;
-    bool asked;
-    const char* primaryData;
-    const char* secondaryData;
+    const char *name, *primary, *secondary; bool emptyFiles, asked; const char *primaryData, *secondaryData;
   } cases[] = {
-      {"secondary only", "", kSigned, false, true, "", "SIGNED"},
-      {"primary does not open", "/Doc_0/nothing.esl", kSigned, false, true, "", "SIGNED"},
+      {"secondary only", "", kSignedFile, false, true, "", "SIGNED"},
+      {"primary does not open", "/Doc_0/nothing.esl", kSignedFile, false, true, "", "SIGNED"},
       {"neither opens", "/nothing", "/nothing2", false, false, "", ""},
       {"both empty locations", "", "", false, false, "", ""},
-      {"both files empty", kSeal, kSigned, true, true, "", ""},
+      {"both files empty", kSealFile, kSignedFile, true, true, "", ""},
   };
   for (const auto& c : cases) {
-    SealDocument doc(c.emptyFiles);
+    SealDocument doc(c.emptyFiles ? "" : "SEAL-DATA", c.emptyFiles ? "" : kSignedValue);
     ScriptedPlugin plugin;
-    plugin.secondary = {0, Png(2, 2), "PNG"};
-    Outcome o = Parse(doc, doc.Media(c.primary, c.secondary), plugin);
+    plugin.secondary = {0, SolidPng(2, 2, 0xFFCC0000), "PNG"};
+    Outcome o = Parse(*doc.Media(c.primary, c.secondary), plugin);
     if (!c.asked) {
       EXPECT_TRUE(plugin.calls.empty()) << c.name;
       EXPECT_EQ(o.dib, nullptr) << c.name;
@@ -142,10 +98,10 @@ TEST(SealImageExtract_Files, MissingOrEmptyFiles) {
 }
 
 TEST(SealImageExtract_Results, FailedPluginBadPictureAndOfd) {
-  SealDocument doc;
+  SealDocument doc("SEAL-DATA", kSignedValue);
   {
     ScriptedPlugin plugin;  // every request fails
-    Outcome o = Parse(doc, doc.Media(kSeal, kSigned), plugin);
+    Outcome o = Parse(*doc.Media(), plugin);
     EXPECT_EQ(o.dib, nullptr);
     EXPECT_TRUE(o.isOfd);
     EXPECT_EQ(plugin.calls.size(), 3u);
@@ -154,7 +110,7 @@ TEST(SealImageExtract_Results, FailedPluginBadPictureAndOfd) {
     ScriptedPlugin plugin;  // a picture of unknown kind
     plugin.primary = {0, "not a picture", "PNG"};
     ::testing::internal::CaptureStdout();
-    Outcome o = Parse(doc, doc.Media(kSeal, kSigned), plugin);
+    Outcome o = Parse(*doc.Media(), plugin);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Found unknown seal image type\n");
     EXPECT_EQ(o.dib, nullptr);
   }
@@ -162,15 +118,13 @@ TEST(SealImageExtract_Results, FailedPluginBadPictureAndOfd) {
     ScriptedPlugin plugin;  // an OFD package as the picture: the flag says so
     plugin.primary = {0, testing_support::MinimalOfdPackage(), "ofd"};
     bool isOfd = false;
-    const host::OfdMultiMedia media = doc.Media(kSeal, kSigned);
-    std::unique_ptr<Dib> dib(ParseSealImage(&media, 0, &plugin, nullptr, 50, 50, 0, isOfd));
+    std::unique_ptr<Dib> dib(ParseSealImage(doc.Media().get(), 0, &plugin, nullptr, 50, 50, 0, isOfd));
     EXPECT_TRUE(isOfd);
   }
   bool isOfd = true;
-  const host::OfdMultiMedia media = doc.Media(kSeal, kSigned);
-  EXPECT_EQ(ParseSealImage(&media, 0, nullptr, nullptr, 1, 1, 0, isOfd), nullptr);
+  EXPECT_EQ(ParseSealImage(doc.Media().get(), 0, nullptr, nullptr, 1, 1, 0, isOfd), nullptr);
   host::OfdMultiMedia orphan;
-  orphan.PrimaryLoc = kSeal;
+  orphan.PrimaryLoc = kSealFile;
   ScriptedPlugin plugin;
   EXPECT_EQ(ParseSealImage(&orphan, 0, &plugin, nullptr, 1, 1, 0, isOfd), nullptr);
   EXPECT_TRUE(plugin.calls.empty());

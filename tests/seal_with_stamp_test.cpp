@@ -4,9 +4,10 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "host/base/bitmap_device.h"
-#include "host/base/codec.h"
+#include "support/seal_document.h"
 #include "tarvik/tarvik.h"
 
 namespace tarvik {
@@ -16,13 +17,7 @@ namespace {
 // 255 stay.
 constexpr uint32_t kSeal = 0xFF640701;
 
-std::string SealPng() {
-  auto dib = host::Dib::Create(9, 9, host::kDibArgb32);
-  dib->Fill(kSeal);
-  std::string png;
-  host::EncodePng(*dib, png);
-  return png;
-}
+std::string SealPng() { return testing_support::SolidPng(9, 9, kSeal); }
 
 struct StampCase {
   const char* name;
@@ -49,17 +44,12 @@ class SealWithStamp : public ::testing::TestWithParam<StampCase> {
 
 TEST_P(SealWithStamp, AdjustsCrossThenColourThenBlur) {
   const StampCase& c = GetParam();
-  RenderSealParam::ImageParam image;
-  image.crossMark = c.crossMark;
-  image.colorMode = c.colorMode;
-  image.blur = c.blur;
-  image.blurRadius = c.blurRadius;
+  RenderSealParam::ImageParam image{
+      .crossMark = c.crossMark, .blur = c.blur, .blurRadius = c.blurRadius, .colorMode = c.colorMode};
   std::unique_ptr<Dib> dib = Render(image);
   ASSERT_TRUE(dib);
-  EXPECT_EQ(dib->GetWidth(), 9);
-  EXPECT_EQ(dib->GetHeight(), 9);
-  EXPECT_EQ(dib->GetPixel({0, 0}), c.corner);
-  EXPECT_EQ(dib->GetPixel({4, 1}), c.middle);
+  EXPECT_EQ(std::make_tuple(dib->GetWidth(), dib->GetHeight(), dib->GetPixel({0, 0}), dib->GetPixel({4, 1})),
+            std::make_tuple(9, 9, c.corner, c.middle));
 }
 
 constexpr uint32_t kGreySeal = 0xFF262626;  // (11*100 + 16*7 + 5*1) >> 5 = 38

@@ -24,18 +24,26 @@ struct GlyphMetrics {
 class FixedMetricsFace : public host::FaceSource {
  public:
   explicit FixedMetricsFace(std::map<uint32_t, GlyphMetrics> byCode, int defaultAdvance = 1000,
-                            int defaultHeight = 0);
+                            int defaultHeight = 0)
+      : byCode_(std::move(byCode)), defaultAdvance_(defaultAdvance), defaultHeight_(defaultHeight) {
+    for (const auto& [code, m] : byCode_) byGlyph_[m.glyph] = m;
+  }
 
-  uint32_t GlyphIndex(uint32_t code) const override;
-  int GlyphAdvance(uint32_t glyph) const override;
-  int GlyphHeight(uint32_t glyph) const override;
+  uint32_t GlyphIndex(uint32_t code) const override {
+    auto it = byCode_.find(code);
+    return it == byCode_.end() ? 0 : it->second.glyph;
+  }
+  int GlyphAdvance(uint32_t glyph) const override { return Of(glyph, defaultAdvance_, &GlyphMetrics::advance); }
+  int GlyphHeight(uint32_t glyph) const override { return Of(glyph, defaultHeight_, &GlyphMetrics::height); }
   std::string Describe() const override { return "FixedMetrics"; }
 
  private:
-  std::map<uint32_t, GlyphMetrics> byCode_;
-  std::map<uint32_t, GlyphMetrics> byGlyph_;
-  int defaultAdvance_;
-  int defaultHeight_;
+  int Of(uint32_t glyph, int fallback, int GlyphMetrics::*field) const {
+    auto it = byGlyph_.find(glyph);
+    return it == byGlyph_.end() ? fallback : it->second.*field;
+  }
+  std::map<uint32_t, GlyphMetrics> byCode_, byGlyph_;
+  int defaultAdvance_, defaultHeight_;
 };
 
 /// A loaded host::Font over a FixedMetricsFace, e.g.
@@ -43,8 +51,10 @@ class FixedMetricsFace : public host::FaceSource {
 class FixedMetricsFont : public host::Font {
  public:
   explicit FixedMetricsFont(std::map<uint32_t, GlyphMetrics> byCode, int defaultAdvance = 1000,
-                            int defaultHeight = 0);
-  explicit FixedMetricsFont(std::shared_ptr<const FixedMetricsFace> face);
+                            int defaultHeight = 0)
+      : host::Font(nullptr) {
+    face_ = std::make_shared<FixedMetricsFace>(std::move(byCode), defaultAdvance, defaultHeight);
+  }
 };
 
 }  // namespace testing_support

@@ -7,12 +7,15 @@
 #include <png.h>
 #include <tiffio.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <csetjmp>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <tuple>
+#include <utility>
 
 namespace testing_support {
 
@@ -23,10 +26,7 @@ uint8_t G(uint32_t c) { return static_cast<uint8_t>(c >> 8); }
 uint8_t B(uint32_t c) { return static_cast<uint8_t>(c); }
 uint8_t A(uint32_t c) { return static_cast<uint8_t>(c >> 24); }
 
-void PutU16(std::string& s, uint32_t v) {
-  s += static_cast<char>(v & 0xFF);
-  s += static_cast<char>((v >> 8) & 0xFF);
-}
+void PutU16(std::string& s, uint32_t v) { s += {static_cast<char>(v & 0xFF), static_cast<char>((v >> 8) & 0xFF)}; }
 void PutU32(std::string& s, uint32_t v) {
   PutU16(s, v & 0xFFFF);
   PutU16(s, v >> 16);
@@ -71,15 +71,6 @@ std::string WritePng(PngJob job) {
   const bool ok = RunPngJob(png, info, &job);
   png_destroy_write_struct(&png, &info);
   return ok ? job.out : std::string();
-}
-
-uint32_t Crc32(const std::string& s, size_t from, size_t to) {
-  uint32_t crc = 0xFFFFFFFFu;
-  for (size_t i = from; i < to; ++i) {
-    crc ^= static_cast<uint8_t>(s[i]);
-    for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1)));
-  }
-  return ~crc;
 }
 
 int GifAppend(GifFileType* gif, const GifByteType* data, int n) {
@@ -144,7 +135,7 @@ std::string WithPngSize(std::string png, uint32_t width, uint32_t height) {
   PutBe32(fields, height);
   png.replace(16, 8, fields);
   std::string crc;
-  PutBe32(crc, Crc32(png, 12, 29));
+  PutBe32(crc, static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(png.data()) + 12, 29 - 12)));
   png.replace(29, 4, crc);
   return png;
 }
@@ -157,10 +148,8 @@ std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive) {
   unsigned char* buffer = nullptr;
   unsigned long size = 0;
   jpeg_mem_dest(&cinfo, &buffer, &size);
-  cinfo.image_width = image.width;
-  cinfo.image_height = image.height;
-  cinfo.input_components = grey ? 1 : 3;
-  cinfo.in_color_space = grey ? JCS_GRAYSCALE : JCS_RGB;
+  std::tie(cinfo.image_width, cinfo.image_height, cinfo.input_components, cinfo.in_color_space) =
+      std::tuple(image.width, image.height, grey ? 1 : 3, grey ? JCS_GRAYSCALE : JCS_RGB);
   jpeg_set_defaults(&cinfo);
   jpeg_set_quality(&cinfo, 95, TRUE);
   if (progressive) jpeg_simple_progression(&cinfo);
@@ -170,11 +159,8 @@ std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive) {
     row.clear();
     for (int x = 0; x < image.width; ++x) {
       const uint32_t c = image.At(x, y);
-      if (grey) {
-        row.push_back(G(c));
-      } else {
-        row.insert(row.end(), {R(c), G(c), B(c)});
-      }
+      if (grey) row.push_back(G(c));
+      else row.insert(row.end(), {R(c), G(c), B(c)});
     }
     JSAMPROW p = row.data();
     jpeg_write_scanlines(&cinfo, &p, 1);
@@ -209,13 +195,9 @@ std::string MakeGif(int width, int height, const std::vector<uint32_t>& palette,
     ok = ok && EGifPutImageDesc(gif, f.left, f.top, f.width, f.height, f.interlaced, nullptr) == GIF_OK;
     // Interlaced rows are stored pass by pass.
     std::vector<int> order;
-    if (f.interlaced) {
-      for (auto [start, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}}) {
-        for (int y = start; y < f.height; y += step) order.push_back(y);
-      }
-    } else {
-      for (int y = 0; y < f.height; ++y) order.push_back(y);
-    }
+    for (auto [start, step] : f.interlaced ? std::vector<std::pair<int, int>>{{0, 8}, {4, 8}, {2, 4}, {1, 2}}
+                                           : std::vector<std::pair<int, int>>{{0, 1}})
+      for (int y = start; y < f.height; y += step) order.push_back(y);
     std::vector<GifPixelType> line(f.width);
     for (int y : order) {
       std::copy_n(f.indices.begin() + static_cast<size_t>(y) * f.width, f.width, line.begin());
@@ -232,12 +214,10 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   const uint32_t stride = (image.width * bpp + 31) / 32 * 4;
   const uint32_t offset = 14 + 40 + 4 * colours;
   std::string out = "BM";
-  PutU32(out, offset + stride * image.height);
-  PutU32(out, 0);
-  PutU32(out, offset);
-  PutU32(out, 40);
-  PutU32(out, image.width);
-  PutU32(out, topDown ? -image.height : image.height);
+  const int height = topDown ? -image.height : image.height;
+  for (uint32_t v : {offset + stride * image.height, 0u, offset, 40u, static_cast<uint32_t>(image.width),
+                     static_cast<uint32_t>(height)})
+    PutU32(out, v);
   PutU16(out, 1);
   PutU16(out, bpp);
   for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) PutU32(out, v);
@@ -247,12 +227,9 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
     std::string line;
     for (int x = 0; x < image.width; ++x) {
       const uint32_t c = image.At(x, y);
-      if (bpp == 8) {
-        line += static_cast<char>(std::find(palette.begin(), palette.end(), c) - palette.begin());
-      } else {
-        line += {static_cast<char>(B(c)), static_cast<char>(G(c)), static_cast<char>(R(c))};
-        if (bpp == 32) line += '\x7f';  // ignored by plain 32-bit BMPs
-      }
+      if (bpp == 8) line += static_cast<char>(std::find(palette.begin(), palette.end(), c) - palette.begin());
+      else line += {static_cast<char>(B(c)), static_cast<char>(G(c)), static_cast<char>(R(c))};
+      if (bpp == 32) line += '\x7f';  // ignored by plain 32-bit BMPs
     }
     line.resize(stride, '\0');
     out += line;
@@ -267,14 +244,11 @@ std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha) {
   TIFF* tif = TIFFFdOpen(fd, path, "w");
   const int channels = alpha ? 4 : 3;
   for (const SampleImage& page : pages) {
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, page.width);
-    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, page.height);
-    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, channels);
-    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
-    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 4);
+    const std::pair<uint32_t, int> fields[] = {
+        {TIFFTAG_IMAGEWIDTH, page.width}, {TIFFTAG_IMAGELENGTH, page.height}, {TIFFTAG_SAMPLESPERPIXEL, channels},
+        {TIFFTAG_BITSPERSAMPLE, 8}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG},
+        {TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE}, {TIFFTAG_ROWSPERSTRIP, 4}};
+    for (auto [tag, value] : fields) TIFFSetField(tif, tag, value);
     if (alpha) {
       const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
       TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
