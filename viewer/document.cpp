@@ -10,6 +10,7 @@
 
 #include "device_creator.h"
 #include "fail.h"
+#include "host/base/units.h"
 #include "host/oes/ses_plugin.h"
 #include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_document.h"
@@ -25,7 +26,7 @@ namespace tarvik::viewer {
 
 namespace {
 
-constexpr double kMmPerInch = 25.4;
+using host::kMmPerInch;
 
 // "entry: description at offset N", the parts that are known.
 std::string Describe(const host::OfdLoadError& e) {
