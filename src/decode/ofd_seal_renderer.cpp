@@ -62,7 +62,7 @@ host::Dib* RenderOfdSealImage(const unsigned char* data, int length, int width, 
         creator(width, height, host::kDibArgb32, 0xFFFFFF, GetDeviceCreatorUserData()));
     if (!device) return nullptr;
     host::OfdRenderContext context(0);
-    context.AppendPage(page.get(), matrix, 1);
+    context.AppendPage(page.get(), matrix, host::OfdRenderContext::kPageAnnotations);
     host::OfdClipPageArea(device.get(), page.get(), matrix);
     host::OfdProgressiveRender render(page.get(), creator, GetDeviceCreatorUserData(), 0, 0, 0);
     render.RenderToEnd(&context, device.get());
