@@ -32,7 +32,7 @@ SealReadings::Reading ReadSeal(const SealDrawing& drawing, const host::OfdAnnota
   const std::string key = std::string(media->PrimaryLoc.view()) + "\n" +
                           std::string(media->SecondaryLoc.view()) + "\n" + std::to_string(renderMode);
   if (drawing.readings && drawing.readings->Find(key, reading)) return reading;
-  const bool useCache = renderMode == RenderSealParam::ImageParam::kRenderScreen;
+  const bool useCache = renderMode == RenderSealParam::ImageParam::kRenderNormal;
   const host::Dib* cached = useCache ? drawing.tarvik->GetCachedSealImage(media) : nullptr;
   std::unique_ptr<host::Dib> dib;
   bool isOfd = false;
@@ -85,7 +85,7 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
                    std::vector<SealResult>& results) {
   if (!drawing.signatures || drawing.signatures->AttachSealAnnotations(&page) == 0) return;
   RenderSealParam::ImageParam image;
-  image.renderMode = options.renderMode == 0 ? RenderSealParam::ImageParam::kRenderScreen
+  image.renderMode = options.renderMode == 0 ? RenderSealParam::ImageParam::kRenderNormal
                                              : RenderSealParam::ImageParam::kRenderPrint;
   image.colorMode = options.colorMode;
   RenderSealParam param;

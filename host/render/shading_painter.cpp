@@ -42,7 +42,8 @@ bool MakeGradient(const OfdShading& shading, Gradient& out) {
   out.r0 = std::max(0.0f, shading.startRadius);
   out.r1 = std::max(0.0f, shading.endRadius);
 
-  if (shading.mapType != OfdShading::MapType::kDirect && shading.mapUnit > 0 && std::isfinite(shading.mapUnit)) {
+  if (shading.mapType != OfdShading::MapType::kDirect && shading.mapUnit > 0 &&
+      std::isfinite(shading.mapUnit)) {
     // One period of the ramp spans MapUnit along the axis (or the radius).
     out.extend = shading.mapType == OfdShading::MapType::kReflect ? Gradient::Extend::kReflect
                                                                   : Gradient::Extend::kRepeat;

@@ -52,14 +52,14 @@ using host::WideString;
 struct RenderSealParam {
   /// How the seal picture is made and adjusted.
   struct ImageParam {
-    /// renderMode values: the screen rendering, served from the seal cache,
+    /// renderMode values: the normal rendering, served from the seal cache,
     /// and print (annotations not meant for print are left out).
-    static constexpr int32_t kRenderScreen = 0;
+    static constexpr int32_t kRenderNormal = 0;
     static constexpr int32_t kRenderPrint = 1;
 
-    /// kRenderScreen or kRenderPrint; any mode but kRenderScreen bypasses
+    /// kRenderNormal or kRenderPrint; any mode but kRenderNormal bypasses
     /// the cache. Handed unchanged to the OES plug-in's picture requests.
-    int32_t renderMode = kRenderScreen;
+    int32_t renderMode = kRenderNormal;
     int32_t crossMark = 0;   // non-zero: a red cross over the seal
     int32_t blur = 0;        // non-zero: blurred (RenderSealImageWithStamp only)
     int32_t blurRadius = 0;  // blur radius in pixels; below 1 no blur

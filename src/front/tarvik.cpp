@@ -63,7 +63,7 @@ Dib* Tarvik::GetSealImage(const host::OfdMultiMedia* media, const Size& size, vo
   const RenderSealParam::ImageParam& image = *req->image;
 
   // `cached` stays the cache's: never changed or deleted here.
-  const bool useCache = image.renderMode == RenderSealParam::ImageParam::kRenderScreen;
+  const bool useCache = image.renderMode == RenderSealParam::ImageParam::kRenderNormal;
   const Dib* cached = useCache ? req->owner->GetCachedSealImage(media) : nullptr;
   std::unique_ptr<Dib> work;
   if (!cached) {
