@@ -22,12 +22,8 @@ class PngHandles {
     if (png) info = png_create_info_struct(png);
   }
   ~PngHandles() {
-    if (!png) return;
-    if constexpr (kWrite) {
-      png_destroy_write_struct(&png, info ? &info : nullptr);
-    } else {
-      png_destroy_read_struct(&png, info ? &info : nullptr, nullptr);
-    }
+    if (kWrite && png) png_destroy_write_struct(&png, info ? &info : nullptr);
+    if (!kWrite && png) png_destroy_read_struct(&png, info ? &info : nullptr, nullptr);
   }
   PngHandles(const PngHandles&) = delete;
   PngHandles& operator=(const PngHandles&) = delete;
