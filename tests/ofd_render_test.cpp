@@ -563,7 +563,7 @@ std::unique_ptr<Dib> RenderSeal(SealRequest* request, const Matrix& matrix = Mat
   blue.AddRect(20, 30, 15, 20);
   device->FillPath(blue, matrix, kBlue, FillRule::kNonZero);
   OfdRenderContext context(0);
-  context.AppendPageBlock(seal.Appearance, matrix, seal.Boundary);
+  context.AppendPageBlock(seal.Appearance.get(), matrix, seal.Boundary);
   OfdProgressiveRender render(nullptr, BitmapDeviceCreator, nullptr, 0, 0, 0);
   if (request) render.SetSealImageParser(FakeSealParser, request);
   render.StartRender(&context, device.get());

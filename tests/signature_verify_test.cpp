@@ -40,14 +40,14 @@ using samples::PackageFiles;
 struct Keys {
   std::unique_ptr<samples::Sm2Signer> root, signer, otherRoot, other;
   Keys() {
-    samples::CertSpec ca;
+    samples::CertRecipe ca;
     ca.commonName = "Test Root";
     ca.ca = true;
     root = samples::Sm2Signer::Create(ca, nullptr);
-    signer = samples::Sm2Signer::Create(samples::CertSpec(), root.get());
+    signer = samples::Sm2Signer::Create(samples::CertRecipe(), root.get());
     ca.commonName = "Other Root";
     otherRoot = samples::Sm2Signer::Create(ca, nullptr);
-    other = samples::Sm2Signer::Create(samples::CertSpec(), otherRoot.get());
+    other = samples::Sm2Signer::Create(samples::CertRecipe(), otherRoot.get());
   }
 };
 const Keys& K() {
@@ -55,14 +55,14 @@ const Keys& K() {
   return keys;
 }
 
-samples::SealSpec Spec(int layout) {
-  samples::SealSpec spec;
-  spec.layout = layout;
-  spec.esID = "TEST-1";
-  spec.name = "Test seal";
-  spec.pictureType = "PNG";
-  spec.picture = "PICTURE-A-0123456789";
-  return spec;
+samples::SealRecipe Recipe(int layout) {
+  samples::SealRecipe recipe;
+  recipe.layout = layout;
+  recipe.esID = "TEST-1";
+  recipe.name = "Test seal";
+  recipe.pictureType = "PNG";
+  recipe.picture = "PICTURE-A-0123456789";
+  return recipe;
 }
 
 std::string* Find(PackageFiles& files, const std::string& path) {
@@ -103,7 +103,7 @@ std::string Describe(const SignatureVerdict& v) {
 // A signed document of `layout`, with the seal and files changed by the case.
 struct TamperCase {
   const char* name;
-  std::function<void(samples::SealSpec&)> seal;      // before the seal is made
+  std::function<void(samples::SealRecipe&)> seal;      // before the seal is made
   std::function<void(std::string&)> sealBytes;       // after it is made, before signing
   std::function<void(PackageFiles&)> files;          // after signing
   const samples::Sm2Signer* signer;                  // null: K().signer
@@ -117,7 +117,7 @@ class SignatureVerify_Tampering : public ::testing::TestWithParam<int> {};
 TEST_P(SignatureVerify_Tampering, EachChangeGivesItsVerdictAndNamesTheCheck) {
   const int layout = GetParam();
   ASSERT_TRUE(K().root && K().signer && K().otherRoot && K().other);
-  samples::CertSpec early;
+  samples::CertRecipe early;
   early.notBefore = 1767225600;  // 2026-01-01, after the signing time
   early.commonName = "Early Signer";
   const auto notYetValid = samples::Sm2Signer::Create(early, K().root.get());
@@ -143,12 +143,12 @@ TEST_P(SignatureVerify_Tampering, EachChangeGivesItsVerdictAndNamesTheCheck) {
        nullptr, VerifyStatus::kInvalid, "data hash", "not the digest"},
       {"seal picture swapped", nullptr, [](std::string& seal) { Replace(seal, "PICTURE-A", "PICTURE-B"); }, nullptr,
        nullptr, VerifyStatus::kInvalid, "seal signature", "does not verify"},
-      {"seal expired before signing", [](samples::SealSpec& s) { s.validEnd = "20241231000000Z"; }, nullptr, nullptr,
+      {"seal expired before signing", [](samples::SealRecipe& s) { s.validEnd = "20241231000000Z"; }, nullptr, nullptr,
        nullptr, VerifyStatus::kInvalid, "seal validity", "outside"},
       {"signer not in the seal's list",
-       [](samples::SealSpec& s) { s.certList = {K().other->Certificate()}; }, nullptr, nullptr, nullptr,
+       [](samples::SealRecipe& s) { s.certList = {K().other->Certificate()}; }, nullptr, nullptr, nullptr,
        VerifyStatus::kInvalid, "seal certificate list", "not one the seal lists"},
-      {"certificate not yet valid", [&](samples::SealSpec& s) { s.maker = K().signer.get(); }, nullptr, nullptr,
+      {"certificate not yet valid", [&](samples::SealRecipe& s) { s.maker = K().signer.get(); }, nullptr, nullptr,
        notYetValid.get(), VerifyStatus::kInvalid, "signer certificate dates", "not yet valid"},
       {"unknown algorithm", nullptr, nullptr,
        [&](PackageFiles& f) {
@@ -172,11 +172,11 @@ TEST_P(SignatureVerify_Tampering, EachChangeGivesItsVerdictAndNamesTheCheck) {
   for (const TamperCase& c : cases) {
     SCOPED_TRACE(c.name);
     const samples::Sm2Signer& signer = c.signer ? *c.signer : *K().signer;
-    samples::SealSpec spec = Spec(layout);
-    if (c.seal) c.seal(spec);
-    if (!spec.maker) spec.maker = K().signer.get();
-    if (spec.certList.empty()) spec.certList = {signer.Certificate()};
-    std::string seal = samples::BuildSeal(spec, signer);
+    samples::SealRecipe recipe = Recipe(layout);
+    if (c.seal) c.seal(recipe);
+    if (!recipe.maker) recipe.maker = K().signer.get();
+    if (recipe.certList.empty()) recipe.certList = {signer.Certificate()};
+    std::string seal = samples::BuildSeal(recipe, signer);
     if (c.sealBytes) c.sealBytes(seal);
     PackageFiles files = samples::SignedDocumentFiles(layout, seal, signer);
     ASSERT_FALSE(files.empty());
@@ -203,8 +203,8 @@ INSTANTIATE_TEST_SUITE_P(BothLayouts, SignatureVerify_Tampering, ::testing::Valu
 
 TEST(SignatureVerify, TrustAnchorsDecideValidOrNotTrusted) {
   ASSERT_TRUE(K().root && K().signer);
-  samples::SealSpec spec = Spec(4);
-  const std::string zip = samples::SignedDocument(4, spec, *K().signer);
+  samples::SealRecipe recipe = Recipe(4);
+  const std::string zip = samples::SignedDocument(4, recipe, *K().signer);
   const std::string good = WritePem("verify_root.pem", *K().root);
   const std::string stranger = WritePem("verify_other_root.pem", *K().otherRoot);
   const struct {
@@ -320,7 +320,7 @@ TEST(SignatureVerify, SignTypeValuesAsCms) {
                {"Signature.xml changed", true, VerifyStatus::kInvalid, "does not verify"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
-    PackageFiles files = samples::SignedDocumentFiles(4, samples::BuildSeal(Spec(4), *K().signer), *K().signer);
+    PackageFiles files = samples::SignedDocumentFiles(4, samples::BuildSeal(Recipe(4), *K().signer), *K().signer);
     ASSERT_FALSE(files.empty());
     Replace(*Find(files, "Doc_0/Signs/Signatures.xml"), "Type=\"Seal\"", "Type=\"Sign\"");
     *Find(files, value) = CmsOver(*Find(files, xml));

@@ -14,6 +14,7 @@
 #include "command.h"
 #include "console.h"
 #include "host/base/codec.h"
+#include "host/base/units.h"
 #include "host/base/vector_device.h"
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_page.h"
@@ -286,7 +287,7 @@ bool PageMatrix(const viewer::Document& doc, int index, double unitsPerInch, hos
   }
   const std::unique_ptr<host::OfdPage> page(doc.HostDocument().LoadPage(index, 1));
   const host::GRect area = page ? page->GetPageArea() : host::GRect(0, 0, 0, 0);
-  const float scale = static_cast<float>(unitsPerInch / 25.4);
+  const float scale = static_cast<float>(unitsPerInch / host::kMmPerInch);
   out = host::Matrix(scale, 0, 0, scale, -area.left * scale, -area.top * scale);
   return true;
 }

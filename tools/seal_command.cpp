@@ -7,6 +7,7 @@
 
 #include "command.h"
 #include "host/base/codec.h"
+#include "host/base/units.h"
 #include "host/base/vector_device.h"
 #include "options.h"
 #include "output.h"
@@ -77,7 +78,7 @@ bool ParseSize(const std::string& text, int& width, int& height, std::string& wh
 bool WriteVector(const host::Dib& dib, Format format, int dpi, const std::string& path, std::string& why) {
   OutputFile file;
   if (!file.Open(path, why)) return false;
-  const double mmPerPixel = 25.4 / dpi;
+  const double mmPerPixel = host::kMmPerInch / dpi;
   std::unique_ptr<host::VectorDevice> device = host::VectorDevice::Create(
       format == Format::kPdf ? host::VectorFormat::kPdf : host::VectorFormat::kSvg,
       [&file](const unsigned char* data, size_t n) { return file.Write(data, n); },

@@ -10,6 +10,7 @@
 
 #include "device_creator.h"
 #include "fail.h"
+#include "host/base/units.h"
 #include "host/oes/ses_plugin.h"
 #include "host/ofd/ofd_annotation.h"
 #include "host/ofd/ofd_document.h"
@@ -24,8 +25,6 @@
 namespace tarvik::viewer {
 
 namespace {
-
-constexpr double kMmPerInch = 25.4;
 
 // "entry: description at offset N", the parts that are known.
 std::string Describe(const host::OfdLoadError& e) {
@@ -209,8 +208,8 @@ bool CheckDpi(double dpi, Error* error) {
 // a reason when the bitmap would be too large.
 bool PixelSizeOf(const std::string& name, int index, const PageSize& size, double dpi, int& width,
                  int& height, Error* error) {
-  const double w = std::trunc(size.width * dpi / kMmPerInch);
-  const double h = std::trunc(size.height * dpi / kMmPerInch);
+  const double w = std::trunc(size.width * dpi / host::kMmPerInch);
+  const double h = std::trunc(size.height * dpi / host::kMmPerInch);
   if (!(w >= 1 && h >= 1 && w <= 1e9 && h <= 1e9) ||
       !host::IsDibSizeAllowed(static_cast<int64_t>(w), static_cast<int64_t>(h))) {
     char text[128];

@@ -32,7 +32,8 @@ SealReadings::Reading ReadSeal(const SealDrawing& drawing, const host::OfdAnnota
   const std::string key = std::string(media->PrimaryLoc.view()) + "\n" +
                           std::string(media->SecondaryLoc.view()) + "\n" + std::to_string(renderMode);
   if (drawing.readings && drawing.readings->Find(key, reading)) return reading;
-  const host::Dib* cached = renderMode == 0 ? drawing.tarvik->GetCachedSealImage(media) : nullptr;
+  const bool useCache = renderMode == RenderSealParam::ImageParam::kRenderNormal;
+  const host::Dib* cached = useCache ? drawing.tarvik->GetCachedSealImage(media) : nullptr;
   std::unique_ptr<host::Dib> dib;
   bool isOfd = false;
   if (!cached) dib.reset(ParseSealImage(media, renderMode, drawing.plugin, nullptr, 1, 1, 0, isOfd));
@@ -44,7 +45,7 @@ SealReadings::Reading ReadSeal(const SealDrawing& drawing, const host::OfdAnnota
   } else {
     reading.reason = SealProblem(*drawing.plugin, *media);
   }
-  if (dib && !isOfd && renderMode == 0 && drawing.tarvik->AddSealImageToCache(media, dib.get())) {
+  if (dib && !isOfd && useCache && drawing.tarvik->AddSealImageToCache(media, dib.get())) {
     dib.release();
   }
   if (drawing.readings) drawing.readings->Store(key, reading);
@@ -84,7 +85,8 @@ void DrawPageSeals(const SealDrawing& drawing, host::OfdPage& page, host::Device
                    std::vector<SealResult>& results) {
   if (!drawing.signatures || drawing.signatures->AttachSealAnnotations(&page) == 0) return;
   RenderSealParam::ImageParam image;
-  image.renderMode = options.renderMode == 0 ? 0 : 1;
+  image.renderMode = options.renderMode == 0 ? RenderSealParam::ImageParam::kRenderNormal
+                                             : RenderSealParam::ImageParam::kRenderPrint;
   image.colorMode = options.colorMode;
   RenderSealParam param;
   param.image = &image;

@@ -4,22 +4,9 @@
 #include <new>
 
 #include "host/base/cairo_canvas.h"
+#include "host/base/premultiply.h"
 
 namespace host {
-
-namespace {
-
-uint32_t Unpremultiply(uint32_t pixel, uint32_t background) {
-  const uint32_t a = pixel >> 24;
-  if (a == 0) return background & 0x00FFFFFF;
-  if (a == 255) return pixel;
-  auto channel = [&](int shift) {
-    return std::min<uint32_t>(255, (((pixel >> shift) & 0xFF) * 255 + a / 2) / a) << shift;
-  };
-  return a << 24 | channel(16) | channel(8) | channel(0);
-}
-
-}  // namespace
 
 BitmapDevice::BitmapDevice(int width, int height, uint32_t background,
                            std::unique_ptr<Canvas> canvas)
@@ -55,19 +42,8 @@ Dib* BitmapDevice::TakeBitmap() {
   auto dib = Dib::Create(width_, height_, kDibArgb32);
   if (!dib) return nullptr;
   cairo_surface_flush(canvas->surface.get());
-  const uint8_t* data = cairo_image_surface_get_data(canvas->surface.get());
-  const int stride = cairo_image_surface_get_stride(canvas->surface.get());
-  for (int y = 0; y < height_; ++y) {
-    const auto* in = reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride);
-    uint8_t* out = dib->GetScanline(y);
-    for (int x = 0; x < width_; ++x) {
-      const uint32_t argb = Unpremultiply(in[x], background_);
-      out[4 * x] = static_cast<uint8_t>(argb);
-      out[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
-      out[4 * x + 2] = static_cast<uint8_t>(argb >> 16);
-      out[4 * x + 3] = static_cast<uint8_t>(argb >> 24);
-    }
-  }
+  CopyUnpremultiplied(cairo_image_surface_get_data(canvas->surface.get()),
+                      cairo_image_surface_get_stride(canvas->surface.get()), background_, *dib);
   return dib.release();
 }
 

@@ -9,6 +9,7 @@
 #include "host/base/cairo_device.h"
 #include "host/base/cairo_handles.h"
 #include "host/base/font.h"
+#include "host/base/premultiply.h"
 
 namespace host {
 
@@ -31,14 +32,5 @@ struct CairoDevice::Canvas {
   /// cannot make them or the surface is in error.
   static std::unique_ptr<Canvas> Make(CairoSurfacePtr surface);
 };
-
-/// 0xAARRGGBB with straight alpha to cairo's premultiplied pixel.
-inline uint32_t PremultiplyArgb(uint32_t argb) {
-  const uint32_t a = argb >> 24;
-  if (a == 255) return argb;
-  if (a == 0) return 0;
-  auto channel = [&](int shift) { return (((argb >> shift) & 0xFF) * a + 127) / 255 << shift; };
-  return a << 24 | channel(16) | channel(8) | channel(0);
-}
 
 }  // namespace host

@@ -1,12 +1,9 @@
 // PNG decoding with libpng.
-#include <png.h>
-
-#include <csetjmp>
 #include <cstring>
-#include <new>
 #include <vector>
 
 #include "host/base/codec_internal.h"
+#include "host/base/png_handles.h"
 
 namespace host {
 
@@ -19,10 +16,6 @@ struct PngReadState {
   std::unique_ptr<Dib> dib;
   std::vector<png_bytep> rows;
 };
-
-// libpng calls this on any error; it must not return. No message is kept.
-void PngError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void PngWarning(png_structp, png_const_charp) {}
 
 void PngRead(png_structp png, png_bytep out, size_t n) {
   auto* state = static_cast<PngReadState*>(png_get_io_ptr(png));
@@ -98,35 +91,16 @@ bool ReadPngBody(png_structp png, png_infop info, PngReadState* state) {
   return true;
 }
 
-bool ReadPng(png_structp png, png_infop info, PngReadState* state) {
-  if (setjmp(png_jmpbuf(png))) return false;
-  try {
-    return ReadPngBody(png, info, state);
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
 }  // namespace
 
 std::unique_ptr<Dib> DecodePng(const uint8_t* data, size_t size) {
   if (size < 8 || png_sig_cmp(data, 0, 8) != 0) return nullptr;
-  // Owns the read structures; libpng frees them together.
-  struct Handles {
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-    ~Handles() {
-      if (png) png_destroy_read_struct(&png, info ? &info : nullptr, nullptr);
-    }
-  } h;
-  h.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, PngError, PngWarning);
-  if (!h.png) return nullptr;
-  h.info = png_create_info_struct(h.png);
+  PngHandles<false> h;
   if (!h.info) return nullptr;
   PngReadState state;
   state.data = data;
   state.size = size;
-  if (!ReadPng(h.png, h.info, &state)) return nullptr;
+  if (!RunPngGuarded(h.png, h.info, &state, ReadPngBody)) return nullptr;
   return std::move(state.dib);
 }
 

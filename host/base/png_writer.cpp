@@ -1,13 +1,11 @@
 // PNG encoding with libpng.
-#include <png.h>
-
 #include <algorithm>
-#include <csetjmp>
 #include <cstdio>
 #include <new>
 #include <vector>
 
 #include "host/base/codec.h"
+#include "host/base/png_handles.h"
 
 namespace host {
 
@@ -22,9 +20,6 @@ struct PngWriteState {
   std::vector<png_byte> alpha;
   std::vector<png_bytep> rows;
 };
-
-void PngError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void PngWarning(png_structp, png_const_charp) {}
 
 void PngWrite(png_structp png, png_bytep data, size_t n) {
   auto* state = static_cast<PngWriteState*>(png_get_io_ptr(png));
@@ -112,32 +107,14 @@ bool WritePngBody(png_structp png, png_infop info, PngWriteState* s) {
   return !s->failed;
 }
 
-bool WritePngGuarded(png_structp png, png_infop info, PngWriteState* s) {
-  if (setjmp(png_jmpbuf(png))) return false;
-  try {
-    return WritePngBody(png, info, s);
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
 bool Encode(const Dib& dib, bool dropOpaqueAlpha, std::string& out) {
   if (dib.GetWidth() <= 0 || dib.GetHeight() <= 0) return false;
-  struct Handles {
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-    ~Handles() {
-      if (png) png_destroy_write_struct(&png, info ? &info : nullptr);
-    }
-  } h;
-  h.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, PngError, PngWarning);
-  if (!h.png) return false;
-  h.info = png_create_info_struct(h.png);
+  PngHandles<true> h;
   if (!h.info) return false;
   PngWriteState state;
   state.dib = &dib;
   state.dropOpaqueAlpha = dropOpaqueAlpha;
-  if (!WritePngGuarded(h.png, h.info, &state)) return false;
+  if (!RunPngGuarded(h.png, h.info, &state, WritePngBody)) return false;
   out = std::move(state.out);
   return true;
 }

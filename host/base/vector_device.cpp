@@ -1,3 +1,4 @@
+#include "host/base/units.h"
 #include "host/base/vector_device.h"
 
 #include <cairo-pdf.h>
@@ -14,8 +15,6 @@ namespace host {
 
 namespace {
 
-constexpr double kMmPerInch = 25.4;
-constexpr double kPointsPerInch = 72;
 constexpr double kMaxPageMm = 5000;
 
 bool GoodSize(double widthMm, double heightMm) {

@@ -24,6 +24,9 @@ class HOST_API WideString {
   static WideString FromUtf8(std::string_view utf8);
   /// Encodes as UTF-8; an absent string gives "".
   std::string ToUtf8() const;
+  /// Appends `c` to `out` as UTF-8; a surrogate or a value past U+10FFFF is
+  /// written as U+FFFD.
+  static void AppendUtf8(char32_t c, std::string& out);
 
   bool IsNull() const { return !str_.has_value(); }
   /// 0 for an absent string.

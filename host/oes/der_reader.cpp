@@ -1,5 +1,7 @@
 #include "host/oes/der_reader.h"
 
+#include "host/base/wide_string.h"
+
 namespace host {
 namespace {
 
@@ -62,24 +64,6 @@ size_t ScanIndefinite(std::string_view data, size_t start, int depth) {
   return kNoEnd;
 }
 
-void AppendUtf8(uint32_t c, std::string& out) {
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xC0 | (c >> 6));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xE0 | (c >> 12));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  } else {
-    out += static_cast<char>(0xF0 | (c >> 18));
-    out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-    out += static_cast<char>(0x80 | (c & 0x3F));
-  }
-}
-
 bool AppendBmp(std::string_view s, std::string& out) {
   if (s.size() % 2 != 0) return false;
   for (size_t i = 0; i < s.size(); i += 2) {
@@ -91,7 +75,7 @@ bool AppendBmp(std::string_view s, std::string& out) {
         i += 2;
       }
     }
-    AppendUtf8(c, out);
+    WideString::AppendUtf8(c, out);
   }
   return true;
 }

@@ -109,8 +109,9 @@ class HOST_API DerReader {
 HOST_API bool DerReadInteger(const DerElement& element, int64_t& out);
 /// The text of a string or time value (UTF8String, IA5String,
 /// PrintableString, T61String, VisibleString, UTCTime, GeneralizedTime;
-/// BMPString converted to UTF-8; a BER constructed string joined from its
-/// parts). False for other types or malformed parts.
+/// BMPString converted to UTF-8, a lone surrogate to U+FFFD; a BER
+/// constructed string joined from its parts). False for other types or
+/// malformed parts.
 HOST_API bool DerReadString(const DerElement& element, std::string& out);
 /// The bytes of an OCTET STRING, primitive or (BER) constructed; false for
 /// other types or malformed parts.

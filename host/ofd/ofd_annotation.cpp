@@ -7,7 +7,7 @@ OfdAnnotation::~OfdAnnotation() = default;
 
 OfdAnnotationSeal::OfdAnnotationSeal() = default;
 
-OfdAnnotationSeal::~OfdAnnotationSeal() { delete Appearance; }
+OfdAnnotationSeal::~OfdAnnotationSeal() = default;
 
 void OfdAnnotationSeal::BindSealImage(std::unique_ptr<OfdMultiMedia> media) {
   auto block = std::make_unique<OfdPageBlock>();
@@ -32,8 +32,7 @@ void OfdAnnotationSeal::BindSealImage(std::unique_ptr<OfdMultiMedia> media) {
     image->clips.push_back(std::move(clip));
   }
   block->children.push_back(std::move(image));
-  delete Appearance;
-  Appearance = block.release();
+  Appearance = std::move(block);
   sealMedia = std::move(media);
 }
 

@@ -59,8 +59,8 @@ class HOST_API OfdAnnotationSeal {
   /// Clip relative to the boundary's top-left corner, in millimetres; a null
   /// rectangle when the seal is not clipped.
   GRect Clip;
-  /// The appearance (an OfdPageBlock); owned; null until made.
-  OfdPageBlock* Appearance = nullptr;
+  /// The appearance (an OfdPageBlock); null until made.
+  std::unique_ptr<OfdPageBlock> Appearance;
   /// The seal's multimedia resource; owned; null until bound.
   std::unique_ptr<OfdMultiMedia> sealMedia;
 };

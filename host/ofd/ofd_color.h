@@ -63,10 +63,14 @@ struct HOST_API OfdShadingSegment {
 /// coordinates of the object it fills.
 struct HOST_API OfdShading {
   enum class Kind : uint8_t { kAxial, kRadial };
+  /// MapType: the ramp drawn once, or repeated every mapUnit as is or mirrored.
+  enum class MapType : uint8_t { kDirect, kRepeat, kReflect };
+  /// Extend: where the end colours go on past the ramp.
+  enum class Extend : uint8_t { kNone, kBeforeStart, kAfterEnd, kBoth };
   Kind kind = Kind::kAxial;
-  int mapType = 0;      // 0 Direct, 1 Repeat, 2 Reflect
-  float mapUnit = 0;    // length of one repeat; 0 when not given
-  int extend = 0;       // 0 none, 1 before the start, 2 after the end, 3 both
+  MapType mapType = MapType::kDirect;
+  float mapUnit = 0;  // length of one repeat; 0 when not given
+  Extend extend = Extend::kNone;
   float startX = 0, startY = 0, endX = 0, endY = 0;
   float startRadius = 0, endRadius = 0;  // radial only
   float eccentricity = 0, angle = 0;     // radial only: of the end ellipse
@@ -77,7 +81,10 @@ struct HOST_API OfdShading {
 struct HOST_API OfdPattern {
   float width = 0, height = 0;  // cell size
   float xStep = 0, yStep = 0;   // 0: the cell size
-  int reflectMethod = 0;        // 0 Normal, 1 Column, 2 Row, 3 RowAndColumn
+  /// ReflectMethod: which cells are drawn mirrored, every other column, row
+  /// or both.
+  enum class ReflectMethod : uint8_t { kNormal, kColumn, kRow, kRowAndColumn };
+  ReflectMethod reflectMethod = ReflectMethod::kNormal;
   bool relativeToObject = true; // RelativeTo="Object" (else "Page")
   Matrix ctm;
   std::shared_ptr<const OfdPageBlock> cell;

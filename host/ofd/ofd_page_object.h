@@ -24,6 +24,7 @@
 #include "host/base/host_export.h"
 #include "host/base/matrix.h"
 #include "host/base/path.h"
+#include "host/base/units.h"
 #include "host/base/wide_string.h"
 #include "host/ofd/ofd_color.h"
 #include "host/ofd/path_data.h"
@@ -180,7 +181,7 @@ class HOST_API OfdTextObject : public OfdPageObject {
   uint32_t fontId = 0;
   const OfdFont* font = nullptr;  // resolved from fontId; null when dangling
   float size = 0;                 // font size in millimetres
-  int weight = 400;               // 0 .. 1000
+  int weight = kFontWeightRegular;  // 0 .. 1000
   bool italic = false;
   float hScale = 1;               // horizontal glyph scale
   int readDirection = 0;          // 0, 90, 180, 270 degrees

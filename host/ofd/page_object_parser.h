@@ -47,8 +47,11 @@ struct Context {
   int depth = 0;
 };
 
-/// A FillColor/StrokeColor/Color element (with any shading or pattern).
+/// A FillColor/StrokeColor/Color element (with any shading or pattern);
+/// in color_parser.cpp.
 OfdColor ParseColor(const pugi::xml_node& node, Context& ctx);
+/// Points `color` at its ColorSpace resource, unless already resolved.
+void ResolveColorSpace(OfdColor& color, const OfdResourceContainer* resources);
 /// A DrawParam resource element; colour space references stay unresolved.
 OfdDrawParam ParseDrawParam(const pugi::xml_node& node, Context& ctx);
 /// Applies DrawParam `id`, after the chain it is Relative to, onto `state`.

@@ -17,9 +17,7 @@ RenderStop RenderPageContent(OfdPage* page, Device* device, const Matrix& matrix
   OfdClipPageArea(device, page, matrix);
   OfdProgressiveRender render(page, BitmapDeviceCreator, nullptr, 0, 0, 0);
   render.SetLimits(limits);
-  render.StartRender(&context, device);
-  while (render.Continue()) {
-  }
+  render.RenderToEnd(&context, device);
   device->RestoreState();
   if (message) *message = render.GetStopMessage();
   return render.GetStopReason();

@@ -322,6 +322,13 @@ int OfdProgressiveRender::Continue() {
   }
 }
 
+int OfdProgressiveRender::RenderToEnd(OfdRenderContext* context, Device* device) {
+  const int started = StartRender(context, device);
+  while (Continue() != 0) {
+  }
+  return started;
+}
+
 size_t OfdProgressiveRender::GetObjectCount() const { return impl_->objectCount; }
 
 void OfdProgressiveRender::SetLimits(const RenderLimits& limits) { impl_->limits = limits; }

@@ -68,6 +68,9 @@ class HOST_API OfdProgressiveRender {
   /// remains and 0 when done (also before StartRender). The device's
   /// save/restore depth is back where it started once 0 is returned.
   int Continue();
+  /// StartRender, then Continue until the render reaches its end or a limit:
+  /// the whole context in one call. Returns what StartRender returned.
+  int RenderToEnd(OfdRenderContext* context, Device* device);
 
   /// Objects drawn (or skipped as invisible) since StartRender; diagnostics.
   size_t GetObjectCount() const;

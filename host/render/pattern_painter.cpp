@@ -121,8 +121,11 @@ bool FillWithPattern(PaintContext& pc, const Path& path, const Matrix& matrix,
   const double objects = static_cast<double>(CountObjects(*pattern.cell, 0));
   if (!(cells <= kMaxCells) || !(cells * objects <= kMaxCellObjects)) return false;
 
-  const bool mirrorColumns = pattern.reflectMethod == 1 || pattern.reflectMethod == 3;
-  const bool mirrorRows = pattern.reflectMethod == 2 || pattern.reflectMethod == 3;
+  using Reflect = OfdPattern::ReflectMethod;
+  const bool mirrorColumns = pattern.reflectMethod == Reflect::kColumn ||
+                             pattern.reflectMethod == Reflect::kRowAndColumn;
+  const bool mirrorRows =
+      pattern.reflectMethod == Reflect::kRow || pattern.reflectMethod == Reflect::kRowAndColumn;
   Path cellRect;
   cellRect.AddRect(0, 0, width, height);
   ++pc.patternDepth;

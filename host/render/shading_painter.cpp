@@ -42,9 +42,11 @@ bool MakeGradient(const OfdShading& shading, Gradient& out) {
   out.r0 = std::max(0.0f, shading.startRadius);
   out.r1 = std::max(0.0f, shading.endRadius);
 
-  if (shading.mapType != 0 && shading.mapUnit > 0 && std::isfinite(shading.mapUnit)) {
+  if (shading.mapType != OfdShading::MapType::kDirect && shading.mapUnit > 0 &&
+      std::isfinite(shading.mapUnit)) {
     // One period of the ramp spans MapUnit along the axis (or the radius).
-    out.extend = shading.mapType == 2 ? Gradient::Extend::kReflect : Gradient::Extend::kRepeat;
+    out.extend = shading.mapType == OfdShading::MapType::kReflect ? Gradient::Extend::kReflect
+                                                                  : Gradient::Extend::kRepeat;
     if (out.kind == Gradient::Kind::kAxial) {
       const float length = std::hypot(out.x1 - out.x0, out.y1 - out.y0);
       if (length > 0) {
@@ -59,8 +61,8 @@ bool MakeGradient(const OfdShading& shading, Gradient& out) {
   }
 
   switch (shading.extend) {
-    case 0: out.extend = Gradient::Extend::kNone; break;
-    case 3: out.extend = Gradient::Extend::kPad; break;
+    case OfdShading::Extend::kNone: out.extend = Gradient::Extend::kNone; break;
+    case OfdShading::Extend::kBoth: out.extend = Gradient::Extend::kPad; break;
     default:
       out.extend = Gradient::Extend::kPad;
       if (out.kind != Gradient::Kind::kAxial) break;
@@ -69,7 +71,7 @@ bool MakeGradient(const OfdShading& shading, Gradient& out) {
       out.extend = Gradient::Extend::kNone;
       const float dx = out.x1 - out.x0, dy = out.y1 - out.y0;
       const float scale = 1 / (kOneSidedReach + 1);
-      if (shading.extend == 1) {
+      if (shading.extend == OfdShading::Extend::kBeforeStart) {
         out.x0 -= dx * kOneSidedReach;
         out.y0 -= dy * kOneSidedReach;
         for (GradientStop& s : out.stops) s.offset = (s.offset + kOneSidedReach) * scale;

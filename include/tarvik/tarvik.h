@@ -52,26 +52,53 @@ using host::WideString;
 struct RenderSealParam {
   /// How the seal picture is made and adjusted.
   struct ImageParam {
-    int32_t renderMode = 0;  // 0: cached normal rendering; non-zero bypasses the cache
-    int32_t crossMark = 0;   // non-zero: a cross over the seal
-    int32_t blur = 0;        // non-zero: blurred (seal picture with stamp only)
-    int32_t blurRadius = 0;  // pixels; below 1 no blur
-    int32_t colorMode = 0;   // 0 as decoded, 1 grey, 2 black
+    /// renderMode values: the normal rendering, served from the seal cache,
+    /// and print (annotations not meant for print are left out).
+    static constexpr int32_t kRenderNormal = 0;
+    static constexpr int32_t kRenderPrint = 1;
+
+    /// kRenderNormal or kRenderPrint; any mode but kRenderNormal bypasses
+    /// the cache. Handed unchanged to the OES plug-in's picture requests.
+    int32_t renderMode = kRenderNormal;
+    int32_t crossMark = 0;   // non-zero: a red cross over the seal
+    int32_t blur = 0;        // non-zero: blurred (RenderSealImageWithStamp only)
+    int32_t blurRadius = 0;  // blur radius in pixels; below 1 no blur
+    /// 0 as decoded, 1 grey, 2 black; other values: grey in GetSealImage,
+    /// as decoded in RenderSealImageWithStamp.
+    int32_t colorMode = 0;
   };
-  /// The text drawn with the seal (seal text layout) or over it (stamps).
+  /// The text drawn with the seal (seal text layout, in page millimetres
+  /// against the annotation's rectangle) or over it (stamps, in device pixels
+  /// on the whole device). A field not said to be for one of them is read
+  /// by both.
   struct TextParam {
+    /// Stamp only: the straight line spans this percentage of the width.
     uint32_t widthPercent = 0;
+    /// Layout: points (0: nothing to lay out); round stamp: device units;
+    /// the straight stamp sizes its own text.
     uint32_t fontSize = 0;
+    /// Layout, straight: 0 puts the text inside the rectangle at the chosen
+    /// edge, non-zero just outside it.
     int32_t outside = 0;
-    uint32_t italic = 0;
-    uint32_t bold = 0;
+    uint32_t italic = 0;  // handed unchanged to Font::LoadFont
+    uint32_t bold = 0;    // non-zero: bold weight, else regular
+    /// Layout: 0 one straight run, else one character at a time around an
+    /// ellipse; stamp: 1 and 2 round, any other value a straight line.
     uint32_t layoutKind = 0;
+    /// 0 top, 1 bottom, 2 centre, and 0 left, 1 right, 2 centre (the layout
+    /// centres any other horizontal value). Around an ellipse the pair picks
+    /// the first character's place: (0, 2), (2, 0) and (1, 2) each their
+    /// own, any other pair that of (2, 1).
     uint32_t verticalAlign = 0;
     uint32_t horizontalAlign = 0;
-    uint32_t color = 0xFF000000;
+    uint32_t color = 0xFF000000;  // 0xAARRGGBB, straight alpha
+    /// Degrees: rotation of a straight run or line (not of reported rects).
     float angle = 0;
-    WideString text;
-    WideString fontName;
+    WideString text;      // the characters; empty: nothing is drawn
+    WideString fontName;  // font family; absent: the empty name
+    /// Layout, ellipse: offsetX shrinks the vertical and offsetY the
+    /// horizontal semi-axis. Straight stamp: offset of the line; round stamp:
+    /// offsetX shrinks the horizontal and offsetY the vertical semi-axis.
     int32_t offsetX = 0;
     int32_t offsetY = 0;
   };
@@ -132,12 +159,14 @@ class TARVIK_API Tarvik {
   static Dib* GetSealImage(const host::OfdMultiMedia* media, const Size& size, void* request);
 
   /// The cached bitmap of a seal resource, lent (it stays the cache's), or
-  /// null. Thread-safe.
+  /// null (also for a null `media`). Thread-safe.
   const Dib* GetCachedSealImage(const host::OfdMultiMedia* media);
-  /// Gives `dib` to the cache; false (the caller keeps `dib`) when the
-  /// resource already has a bitmap there. Thread-safe.
+  /// Gives `dib` to the cache; false (the caller keeps `dib`) when `media`
+  /// is null or the resource already has a bitmap there. A null `dib` makes
+  /// an empty entry that a later call may fill. Thread-safe.
   bool AddSealImageToCache(const host::OfdMultiMedia* media, const Dib* dib);
-  /// Deletes the resource's cached bitmap and forgets the entry. Thread-safe.
+  /// Deletes the resource's cached bitmap and forgets the entry; does
+  /// nothing for a null `media`. Thread-safe.
   void RemoveSealImageCache(const host::OfdMultiMedia* media);
 
   /// The document given at construction.

@@ -13,7 +13,7 @@ namespace tarvik {
 /// Loads the first document of the package in `reader` (which the package
 /// takes over with `flag` 1). Null when the reader is null, the package does
 /// not load, lists no document, or its first document does not load or has
-/// no page.
+/// no page. May throw std::bad_alloc.
 host::OfdDocument* LoadSealDocument(host::StreamReader* reader, int flag);
 
 /// Renders page 0 of the OFD package in `data` into a new bitmap from the

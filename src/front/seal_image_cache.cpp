@@ -17,6 +17,7 @@ host::ByteString CacheKey(const host::OfdMultiMedia* media) {
 }  // namespace
 
 const Dib* Tarvik::GetCachedSealImage(const host::OfdMultiMedia* media) {
+  if (!media) return nullptr;
   host::MutexLock lock(cacheLock_);
   uint32_t hash = 0;
   const auto* assoc = cache_.Lookup(CacheKey(media), hash);
@@ -24,6 +25,7 @@ const Dib* Tarvik::GetCachedSealImage(const host::OfdMultiMedia* media) {
 }
 
 bool Tarvik::AddSealImageToCache(const host::OfdMultiMedia* media, const Dib* dib) {
+  if (!media) return false;
   host::MutexLock lock(cacheLock_);
   const host::ByteString key = CacheKey(media);
   uint32_t hash = 0;
@@ -39,6 +41,7 @@ bool Tarvik::AddSealImageToCache(const host::OfdMultiMedia* media, const Dib* di
 }
 
 void Tarvik::RemoveSealImageCache(const host::OfdMultiMedia* media) {
+  if (!media) return;
   host::MutexLock lock(cacheLock_);
   const host::ByteString key = CacheKey(media);
   uint32_t hash = 0;

@@ -16,13 +16,6 @@
 #include "text/draw_seal_text.h"
 
 namespace tarvik {
-namespace {
-
-// A full copy, or null when it cannot be made.
-Dib* Copy(const Dib* dib) { return dib->Clone().release(); }
-
-}  // namespace
-
 Tarvik::Tarvik(host::OfdDocument* document) : document_(document) {}
 
 Tarvik::~Tarvik() {
@@ -36,16 +29,15 @@ void Tarvik::RenderSignature(host::OfdPage* page, host::OESPlugin* plugin, void*
                              Device* device, const Matrix& matrix) {
   if (!annotation || !device) return;
   if (param.image && annotation->Appearance) {
-    host::OfdRenderContext context(param.image->renderMode == 1 ? 1 : 0);
-    context.AppendPageBlock(annotation->Appearance, matrix, annotation->Boundary);
+    const bool print = param.image->renderMode == RenderSealParam::ImageParam::kRenderPrint;
+    host::OfdRenderContext context(print ? host::OfdRenderContext::kPrint : 0);
+    context.AppendPageBlock(annotation->Appearance.get(), matrix, annotation->Boundary);
     annotation->Appearance->SetPage(page);
     host::OfdProgressiveRender render(page, GetDeviceCreator(), GetDeviceCreatorUserData(), 0, 0,
                                       0);
     SealImageRequest request{plugin, userData, param.image, param.text, this};
     render.SetSealImageParser(&Tarvik::GetSealImage, &request);
-    render.StartRender(&context, device);
-    while (render.Continue() != 0) {
-    }
+    render.RenderToEnd(&context, device);
   }
   if (!param.text) return;
 
@@ -71,48 +63,29 @@ Dib* Tarvik::GetSealImage(const host::OfdMultiMedia* media, const Size& size, vo
   const RenderSealParam::ImageParam& image = *req->image;
 
   // `cached` stays the cache's: never changed or deleted here.
-  const Dib* cached = nullptr;
-  Dib* work = nullptr;
-  if (image.renderMode == 0) {
-    cached = req->owner->GetCachedSealImage(media);
-    if (cached) {
-      work = Copy(cached);
-      if (!work) return nullptr;
-    }
-  }
-  if (!work) {
+  const bool useCache = image.renderMode == RenderSealParam::ImageParam::kRenderNormal;
+  const Dib* cached = useCache ? req->owner->GetCachedSealImage(media) : nullptr;
+  std::unique_ptr<Dib> work;
+  if (!cached) {
     bool isOfd = false;
-    work = ParseSealImage(media, image.renderMode, req->plugin, req->userData, size.width,
-                          size.height, 0, isOfd);
+    work.reset(ParseSealImage(media, image.renderMode, req->plugin, req->userData, size.width,
+                              size.height, 0, isOfd));
     if (!work) return nullptr;
     // Raster seals are cached as decoded, before any adjustment, so requests
     // with other adjustments share the entry. OFD seals render per size.
-    if (!isOfd && image.renderMode == 0 && req->owner->AddSealImageToCache(media, work)) {
-      cached = work;
-    }
+    if (!isOfd && useCache && req->owner->AddSealImageToCache(media, work.get()))
+      cached = work.release();
   }
-  auto replace = [&](Dib* copy) {
-    if (work != cached) delete work;
-    work = copy;
-  };
-  if (image.crossMark != 0) {
-    if (Dib* copy = Copy(work)) {
-      replace(copy);
-      DrawCrossMark(*work);
-    }
+  // A cached bitmap is adjusted and handed out as a copy.
+  if (cached) work = cached->Clone();
+  if (!work) return nullptr;
+  if (image.crossMark != 0) DrawCrossMark(*work);
+  if (image.colorMode == 2) {
+    ConvertToBlack(work);
+  } else if (image.colorMode != 0) {
+    ConvertToGray(work);
   }
-  if (image.colorMode != 0) {
-    if (Dib* copy = Copy(work)) {
-      replace(copy);
-      if (image.colorMode == 2) {
-        ConvertToBlack(work);
-      } else {
-        ConvertToGray(work);
-      }
-      return work;
-    }
-  }
-  return work == cached ? Copy(work) : work;
+  return work.release();
 }
 
 }  // namespace tarvik

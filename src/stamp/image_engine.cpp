@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "host/base/units.h"
 #include "stamp/image_engine_line.h"
 #include "stamp/image_engine_round.h"
 #include "text/seal_text_layout.h"
@@ -42,7 +43,7 @@ bool ImageEngine::Render(host::Device* device) {
   deviceWidth = device->GetWidth();
   deviceHeight = device->GetHeight();
   const char32_t* family = fontName.IsNull() ? U"" : fontName.c_str();
-  const int weight = bold != 0 ? 700 : 400;
+  const int weight = bold != 0 ? host::kFontWeightBold : host::kFontWeightRegular;
   if (!font || font->LoadFont(family, family, 3, weight, static_cast<int>(italic)) == 0) {
     Report("Font Load Error");
     return false;

@@ -5,6 +5,7 @@
 
 #include "host/base/app_context.h"
 #include "host/base/font_mgr.h"
+#include "host/base/units.h"
 
 namespace tarvik {
 
@@ -14,12 +15,14 @@ constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
 
 }  // namespace
 
-float SealTextSize(uint32_t fontSize) { return static_cast<float>(fontSize * 25.4 / 72.0); }
+float SealTextSize(uint32_t fontSize) {
+  return static_cast<float>(fontSize * host::kMmPerInch / host::kPointsPerInch);
+}
 
 std::unique_ptr<host::Font> LoadSealTextFont(const RenderSealParam::TextParam& param) {
   auto font = std::make_unique<host::Font>(nullptr);
   const char32_t* family = param.fontName.IsNull() ? U"" : param.fontName.c_str();
-  const int weight = param.bold != 0 ? 700 : 400;
+  const int weight = param.bold != 0 ? host::kFontWeightBold : host::kFontWeightRegular;
   if (font->LoadFont(family, family, 3, weight, static_cast<int>(param.italic)) == 0)
     return nullptr;
   return font;

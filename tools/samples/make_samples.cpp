@@ -18,6 +18,7 @@
 #include "host/base/device.h"
 #include "host/base/font.h"
 #include "host/base/path.h"
+#include "host/base/units.h"
 #include "sample_ofd.h"
 #include "sample_signer.h"
 
@@ -80,7 +81,7 @@ bool WriteSealPicture(const std::string& path) {
   device->FillPath(Star(c, c, 34), host::Matrix(), kSealRed, host::FillRule::kNonZero);
 
   host::Font font(nullptr);
-  if (!font.LoadFont(U"宋体", nullptr, 3, 700, 0)) return false;
+  if (!font.LoadFont(U"宋体", nullptr, 3, host::kFontWeightBold, 0)) return false;
   DrawArcText(*device, font, U"塔维克示例印章有限公司", c, c, c - 50, 25, 230);
   const std::u32string label = U"样章";
   const host::Matrix labelAt(1, 0, 0, 1, c - 26, c + 72);
@@ -102,14 +103,14 @@ bool ReadFile(const std::string& path, std::string& bytes) {
   return in.good() || in.eof();
 }
 
-samples::SealSpec Seal(int layout, const char* type, std::string picture) {
-  samples::SealSpec spec;
-  spec.layout = layout;
-  spec.esID = layout == 1 ? "TVK-SAMPLE-0001" : "TVK-SAMPLE-0004";
-  spec.name = "塔维克示例印章有限公司样章";
-  spec.pictureType = type;
-  spec.picture = std::move(picture);
-  return spec;
+samples::SealRecipe Seal(int layout, const char* type, std::string picture) {
+  samples::SealRecipe recipe;
+  recipe.layout = layout;
+  recipe.esID = layout == 1 ? "TVK-SAMPLE-0001" : "TVK-SAMPLE-0004";
+  recipe.name = "塔维克示例印章有限公司样章";
+  recipe.pictureType = type;
+  recipe.picture = std::move(picture);
+  return recipe;
 }
 
 bool WriteSeeds(const std::string& dir, const samples::Sm2Signer& signer) {
@@ -148,12 +149,12 @@ int main(int argc, char** argv) {
   }
   // A root that issues the signer's certificate; its PEM is the trust
   // anchor that makes the samples verify as valid.
-  samples::CertSpec rootSpec;
-  rootSpec.commonName = "Tarvik Sample Root";
-  rootSpec.ca = true;
-  const std::unique_ptr<samples::Sm2Signer> root = samples::Sm2Signer::Create(rootSpec, nullptr);
+  samples::CertRecipe rootRecipe;
+  rootRecipe.commonName = "Tarvik Sample Root";
+  rootRecipe.ca = true;
+  const std::unique_ptr<samples::Sm2Signer> root = samples::Sm2Signer::Create(rootRecipe, nullptr);
   const std::unique_ptr<samples::Sm2Signer> signer =
-      root ? samples::Sm2Signer::Create(samples::CertSpec(), root.get()) : nullptr;
+      root ? samples::Sm2Signer::Create(samples::CertRecipe(), root.get()) : nullptr;
   if (!signer || !WriteFile(dir + "/sample_root.pem", root->CertificatePem())) {
     std::fputs("tarvik_make_samples: cannot make the SM2 keys\n", stderr);
     return 1;

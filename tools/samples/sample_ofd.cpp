@@ -202,8 +202,8 @@ std::string SealOfdPackage() {
               {"Doc_0/Pages/Page_0/Content.xml", PageXml(o)}});
 }
 
-std::string SignedDocument(int layout, const SealSpec& spec, const Sm2Signer& signer, std::string_view signingTime) {
-  const std::string seal = BuildSeal(spec, signer);
+std::string SignedDocument(int layout, const SealRecipe& recipe, const Sm2Signer& signer, std::string_view signingTime) {
+  const std::string seal = BuildSeal(recipe, signer);
   if (seal.empty()) return {};
   const PackageFiles files = SignedDocumentFiles(layout, seal, signer, signingTime);
   return files.empty() ? std::string() : Zip(files);

@@ -26,7 +26,7 @@ std::string SealOfdPackage();
 /// 120 200 40 40 holding `seal` in a signed value of `layout` 1 or 4. Layout
 /// 1 names its files relative to the signature's folder, layout 4 absolutely.
 /// "" on failure.
-std::string SignedDocument(int layout, const SealSpec& seal, const Sm2Signer& signer,
+std::string SignedDocument(int layout, const SealRecipe& seal, const Sm2Signer& signer,
                            std::string_view signingTime = "20250101120000Z");
 
 /// The files of that document, signed over the given seal file (so tests can

@@ -64,20 +64,20 @@ std::string Base64(std::string_view data) {
 Sm2Signer::Sm2Signer(std::unique_ptr<Key> key) : key_(std::move(key)) {}
 Sm2Signer::~Sm2Signer() = default;
 
-std::unique_ptr<Sm2Signer> Sm2Signer::Create() { return Create(CertSpec(), nullptr); }
+std::unique_ptr<Sm2Signer> Sm2Signer::Create() { return Create(CertRecipe(), nullptr); }
 
-std::unique_ptr<Sm2Signer> Sm2Signer::Create(const CertSpec& spec, const Sm2Signer* issuer) {
+std::unique_ptr<Sm2Signer> Sm2Signer::Create(const CertRecipe& recipe, const Sm2Signer* issuer) {
   auto key = std::make_unique<Key>();
   key->pkey.reset(EVP_PKEY_Q_keygen(nullptr, nullptr, "SM2"));
   if (!key->pkey) return nullptr;
   std::unique_ptr<Sm2Signer> signer(new Sm2Signer(std::move(key)));
-  if (!signer->Issue(spec, issuer ? *issuer : *signer, *signer)) return nullptr;
+  if (!signer->Issue(recipe, issuer ? *issuer : *signer, *signer)) return nullptr;
   return signer;
 }
 
 // Makes `subject`'s certificate, signed by `issuer` (SM2-with-SM3, user ID
 // "1234567812345678"), and stores it in `subject`.
-bool Sm2Signer::Issue(const CertSpec& spec, const Sm2Signer& issuer, const Sm2Signer& subject) {
+bool Sm2Signer::Issue(const CertRecipe& recipe, const Sm2Signer& issuer, const Sm2Signer& subject) {
   static long serial = 1;
   std::unique_ptr<X509, X509Deleter> x(X509_new());
   if (!x || X509_set_version(x.get(), 2) != 1 || ASN1_INTEGER_set(X509_get_serialNumber(x.get()), serial++) != 1) {
@@ -86,7 +86,7 @@ bool Sm2Signer::Issue(const CertSpec& spec, const Sm2Signer& issuer, const Sm2Si
   X509_NAME* name = X509_get_subject_name(x.get());
   X509_NAME_add_entry_by_txt(name, "O", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>("Tarvik"), -1, -1, 0);
   X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8,
-                             reinterpret_cast<const unsigned char*>(spec.commonName.c_str()), -1, -1, 0);
+                             reinterpret_cast<const unsigned char*>(recipe.commonName.c_str()), -1, -1, 0);
   X509* issuerCert = nullptr;
   if (&issuer != &subject) {
     const unsigned char* p = reinterpret_cast<const unsigned char*>(issuer.certificate_.data());
@@ -95,11 +95,11 @@ bool Sm2Signer::Issue(const CertSpec& spec, const Sm2Signer& issuer, const Sm2Si
   }
   std::unique_ptr<X509, X509Deleter> issuerOwner(issuerCert);
   X509_set_issuer_name(x.get(), issuerCert ? X509_get_subject_name(issuerCert) : name);
-  if (!ASN1_TIME_set(X509_getm_notBefore(x.get()), static_cast<time_t>(spec.notBefore)) ||
-      !ASN1_TIME_set(X509_getm_notAfter(x.get()), static_cast<time_t>(spec.notAfter)) ||
+  if (!ASN1_TIME_set(X509_getm_notBefore(x.get()), static_cast<time_t>(recipe.notBefore)) ||
+      !ASN1_TIME_set(X509_getm_notAfter(x.get()), static_cast<time_t>(recipe.notAfter)) ||
       X509_set_pubkey(x.get(), subject.key_->pkey.get()) != 1 ||
-      !AddExtension(x.get(), NID_basic_constraints, spec.ca ? "critical,CA:TRUE" : "critical,CA:FALSE") ||
-      !AddExtension(x.get(), NID_key_usage, spec.ca ? "critical,keyCertSign,cRLSign" : "critical,digitalSignature")) {
+      !AddExtension(x.get(), NID_basic_constraints, recipe.ca ? "critical,CA:TRUE" : "critical,CA:FALSE") ||
+      !AddExtension(x.get(), NID_key_usage, recipe.ca ? "critical,keyCertSign,cRLSign" : "critical,digitalSignature")) {
     return false;
   }
   std::unique_ptr<EVP_PKEY_CTX, PkeyCtxDeleter> pctx(EVP_PKEY_CTX_new(issuer.key_->pkey.get(), nullptr));
@@ -149,33 +149,33 @@ std::string Sm2Signer::Sign(std::string_view data) const {
   return out;
 }
 
-std::string BuildSeal(const SealSpec& spec, const Sm2Signer& signer) {
+std::string BuildSeal(const SealRecipe& recipe, const Sm2Signer& signer) {
   namespace d = samples::der;
-  const bool v1 = spec.layout == 1;
-  const Sm2Signer& maker = spec.maker ? *spec.maker : signer;
+  const bool v1 = recipe.layout == 1;
+  const Sm2Signer& maker = recipe.maker ? *recipe.maker : signer;
   const std::string cert = d::OctetString(maker.Certificate());
   std::string listed;
-  if (spec.certList.empty()) {
+  if (recipe.certList.empty()) {
     listed = d::OctetString(signer.Certificate());
   } else {
-    for (const std::string& c : spec.certList) listed += d::OctetString(c);
+    for (const std::string& c : recipe.certList) listed += d::OctetString(c);
   }
   const std::string list = d::Tlv(0x30, listed);
   const auto date = [v1](std::string_view t) {
     return v1 ? d::UtcTime(t.substr(2)) : d::GeneralizedTime(t);
   };
-  const std::string header = d::Sequence({d::Ia5String("ES"), d::Integer(spec.layout),
+  const std::string header = d::Sequence({d::Ia5String("ES"), d::Integer(recipe.layout),
                                           d::Ia5String("TarvikSample")});
   const std::string property =
-      v1 ? d::Sequence({d::Integer(1), d::Utf8String(spec.name), list, date(spec.validStart),
-                        date(spec.validStart), date(spec.validEnd)})
-         : d::Sequence({d::Integer(1), d::Utf8String(spec.name), d::Integer(1), list, date(spec.validStart),
-                        date(spec.validStart), date(spec.validEnd)});
-  const std::string picture = d::Sequence({d::Ia5String(spec.pictureType),
-                                           d::OctetString(spec.picture),
-                                           d::Integer(spec.widthMm), d::Integer(spec.heightMm)});
+      v1 ? d::Sequence({d::Integer(1), d::Utf8String(recipe.name), list, date(recipe.validStart),
+                        date(recipe.validStart), date(recipe.validEnd)})
+         : d::Sequence({d::Integer(1), d::Utf8String(recipe.name), d::Integer(1), list, date(recipe.validStart),
+                        date(recipe.validStart), date(recipe.validEnd)});
+  const std::string picture = d::Sequence({d::Ia5String(recipe.pictureType),
+                                           d::OctetString(recipe.picture),
+                                           d::Integer(recipe.widthMm), d::Integer(recipe.heightMm)});
   const std::string info =
-      d::Sequence({header, d::Ia5String(spec.esID), property, picture});
+      d::Sequence({header, d::Ia5String(recipe.esID), property, picture});
   const std::string alg = d::ObjectId(kSm2WithSm3);
   if (v1) {
     const std::string signature = maker.Sign(info);

@@ -17,7 +17,7 @@ std::string Base64(std::string_view data);
 
 /// A certificate to make: its common name, validity (seconds since 1970,
 /// UTC) and whether it may issue certificates.
-struct CertSpec {
+struct CertRecipe {
   std::string commonName = "Tarvik Sample Signer";
   int64_t notBefore = 1704067200;  // 2024-01-01
   int64_t notAfter = 2366841600;   // 2045-01-01
@@ -30,9 +30,9 @@ class Sm2Signer {
   /// A new key with a self-signed certificate; null when OpenSSL cannot make
   /// one.
   static std::unique_ptr<Sm2Signer> Create();
-  /// A new key with a certificate as `spec` says, issued by `issuer` (self-
+  /// A new key with a certificate as `recipe` says, issued by `issuer` (self-
   /// signed when null); null on failure.
-  static std::unique_ptr<Sm2Signer> Create(const CertSpec& spec, const Sm2Signer* issuer);
+  static std::unique_ptr<Sm2Signer> Create(const CertRecipe& recipe, const Sm2Signer* issuer);
   ~Sm2Signer();
 
   /// The DER SEQUENCE{r, s} of an SM2-with-SM3 signature over `data` with the
@@ -46,13 +46,13 @@ class Sm2Signer {
  private:
   struct Key;
   explicit Sm2Signer(std::unique_ptr<Key> key);
-  bool Issue(const CertSpec& spec, const Sm2Signer& issuer, const Sm2Signer& subject);
+  bool Issue(const CertRecipe& recipe, const Sm2Signer& issuer, const Sm2Signer& subject);
   std::unique_ptr<Key> key_;
   std::string certificate_;
 };
 
 /// What a sample seal shows.
-struct SealSpec {
+struct SealRecipe {
   int layout = 4;  // 1 (SESeal) or 4 (SES_Seal)
   std::string esID;
   std::string name;
@@ -68,9 +68,9 @@ struct SealSpec {
   std::vector<std::string> certList;
 };
 
-/// The DER seal file, made by `spec.maker` (or `signer`); "" when signing
+/// The DER seal file, made by `recipe.maker` (or `signer`); "" when signing
 /// fails.
-std::string BuildSeal(const SealSpec& spec, const Sm2Signer& signer);
+std::string BuildSeal(const SealRecipe& recipe, const Sm2Signer& signer);
 
 /// The DER signed value (SES_Signature of `layout` 1 or 4) holding `seal`,
 /// over the SM3 digest of `signedData` (the Signature.xml bytes), whose

@@ -1,0 +1,34 @@
+#include "host/base/premultiply.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "host/base/dib.h"
+
+namespace host {
+
+uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background) {
+  const uint32_t a = pixel >> 24;
+  if (a == 0) return background & 0x00FFFFFF;
+  if (a == 255) return pixel;
+  auto channel = [&](int shift) {
+    return std::min<uint32_t>(255, (((pixel >> shift) & 0xFF) * 255 + a / 2) / a) << shift;
+  };
+  return a << 24 | channel(16) | channel(8) | channel(0);
+}
+
+void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, Dib& out) {
+  for (int y = 0; y < out.GetHeight(); ++y) {
+    const auto* in = reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride);
+    uint8_t* row = out.GetScanline(y);
+    for (int x = 0; x < out.GetWidth(); ++x) {
+      const uint32_t argb = UnpremultiplyArgb(in[x], background);
+      row[4 * x] = static_cast<uint8_t>(argb);
+      row[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
+      row[4 * x + 2] = static_cast<uint8_t>(argb >> 16);
+      row[4 * x + 3] = static_cast<uint8_t>(argb >> 24);
+    }
+  }
+}
+
+}  // namespace host
