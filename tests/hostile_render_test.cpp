@@ -106,6 +106,34 @@ TEST_P(HostileRender, FinishesWithinLimitsAndSaysWhy) {
 INSTANTIATE_TEST_SUITE_P(Documents, HostileRender, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
+TEST(HostileRender_Limits, TheRendererTellsItsReasonUntilRestarted) {
+  testing_support::Opened opened = testing_support::Open(testing_support::CompositeFanOutPackage(4, 4));
+  ASSERT_TRUE(opened.doc);
+  std::unique_ptr<OfdPage> page = testing_support::ParsedPage(*opened.doc, 0);
+  ASSERT_TRUE(page);
+  std::unique_ptr<Device> device = CreateBitmapDevice(64, 64, kDibArgb32, 0xFFFFFFFF);
+  OfdRenderContext context;
+  context.AppendPage(page.get(), page->GetDisplayMatrix(0, 0, 64, 64, 0), 0);
+  OfdProgressiveRender render(page.get(), BitmapDeviceCreator, nullptr, 0, 0, 0);
+  RenderLimits limits;
+  limits.maxObjects = 10;
+  render.SetLimits(limits);
+  EXPECT_EQ(render.GetLimits().maxObjects, 10u);
+  ASSERT_EQ(render.StartRender(&context, device.get()), 1);
+  while (render.Continue()) {
+  }
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kObjects);
+  EXPECT_EQ(render.GetObjectCount(), 11u);
+  EXPECT_EQ(render.GetStopMessage(), "page 1: too many objects");
+  render.SetLimits(RenderLimits());
+  ASSERT_EQ(render.StartRender(&context, device.get()), 1);
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kNone);
+  while (render.Continue()) {
+  }
+  EXPECT_EQ(render.GetStopReason(), RenderStop::kNone);
+  EXPECT_TRUE(render.GetStopMessage().empty());
+}
+
 // The composite fan-out reaches the renderer through an OFD seal picture too.
 TEST(HostileRender_Seal, OfdSealPictureFanOutIsBounded) {
   tarvik::SetDeviceCreator(BitmapDeviceCreator, nullptr);
