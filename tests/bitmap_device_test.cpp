@@ -54,41 +54,6 @@ Box InkBox(const Dib& dib) {
   return box;
 }
 
-TEST(BitmapDevice_Create, RefusesBadSizesAndFormats) {
-  const struct { int w, h; host::DibFormat format; bool ok; } cases[] = {
-      {10, 7, host::kDibArgb32, true},   {0, 7, host::kDibArgb32, false},
-      {10, -1, host::kDibArgb32, false}, {host::kMaxDibSide + 1, 1, host::kDibArgb32, false},
-      {10, 7, host::kDibRgb24, false},   {10, 7, host::kDibIndexed8, false},
-  };
-  for (const auto& c : cases) {
-    auto device = host::CreateBitmapDevice(c.w, c.h, c.format, 0);
-    ASSERT_EQ(device != nullptr, c.ok) << c.w << "x" << c.h << " format " << c.format;
-    std::unique_ptr<host::Device> viaCreator(
-        host::BitmapDeviceCreator(c.w, c.h, c.format, 0, nullptr));
-    EXPECT_EQ(viaCreator != nullptr, c.ok);
-    if (!c.ok) continue;
-    EXPECT_EQ(device->GetWidth(), 10u);
-    EXPECT_EQ(device->GetHeight(), 7u);
-  }
-}
-
-TEST(BitmapDevice_TakeBitmap, KeepsBackgroundAndStopsDrawing) {
-  for (uint32_t background : {0x00FFFFFFu, 0x00000000u, 0xFF336699u, 0x80336699u}) {
-    auto device = NewDevice(4, 3, background);
-    device->SaveState();
-    auto dib = Take(*device);
-    ASSERT_TRUE(dib);
-    for (int i = 0; i < 12; ++i) EXPECT_TRUE(Near(dib->GetPixel({i % 4, i / 4}), background, 1));
-
-    EXPECT_EQ(device->TakeBitmap(), nullptr);
-    EXPECT_FALSE(device->FillPath(RectPath(0, 0, 4, 3), Matrix(), 0xFF000000, host::FillRule::kNonZero));
-    EXPECT_FALSE(device->DrawBitmap(dib.get(), 0, 0));
-    device->RestoreState();
-    device->ClipRect(host::GRect(0, 0, 1, 1));
-    EXPECT_EQ(device->TakeBitmap(), nullptr);
-  }
-}
-
 // Straight alpha goes in through a bitmap and comes back out unchanged, and
 // untouched pixels of a transparent white background stay 0x00FFFFFF.
 TEST(BitmapDevice_Alpha, SurvivesPremultiplication) {

@@ -320,34 +320,5 @@ TEST(OfdPage_GetDisplayMatrix, MapsThePageOntoTheDeviceRectangle) {
   }
 }
 
-// Every real file opens, and every page parses into objects.
-TEST(OfdDocument_Fixtures, EveryPageParsesIntoObjects) {
-  namespace fs = std::filesystem;
-  const fs::path dir(TARVIK_FIXTURE_DIR);
-  TARVIK_NEED_FIXTURE(dir);
-  int files = 0;
-  for (const auto& item : fs::directory_iterator(dir)) {
-    if (item.path().extension() != ".ofd") continue;
-    ++files;
-    const std::string name = item.path().filename().string();
-    OfdPackage package;
-    ASSERT_EQ(package.LoadFromStream(StreamReader::CreateFileStreamReader(item.path().c_str()), 1), 0)
-        << name;
-    ASSERT_GE(package.CountDocuments(), 1) << name;
-    for (int d = 0; d < package.CountDocuments(); ++d) {
-      OfdDocument doc;
-      ASSERT_EQ(doc.LoadDocument(&package, package.GetDocument(d), -1), 0) << name;
-      ASSERT_GE(doc.CountPages(), 1) << name;
-      for (int i = 0; i < doc.CountPages(); ++i) {
-        auto page = ParsedPage(doc, i);
-        ASSERT_NE(page, nullptr) << name << " page " << i;
-        EXPECT_GT(page->CountObjects(), 0u) << name << " page " << i;
-        EXPECT_GT(page->GetPageWidth(), 0) << name;
-      }
-    }
-  }
-  EXPECT_GT(files, 0);
-}
-
 }  // namespace
 }  // namespace host

@@ -4,7 +4,6 @@ errors, signatures, the numpy view and threads."""
 import gc
 import os
 import tempfile
-import threading
 
 import pytest
 
@@ -112,21 +111,6 @@ def test_numpy_view_shares_the_pixels(doc):
     del img
     gc.collect()
     assert view.tobytes() == expected and arr.tobytes() == expected
-
-
-def test_two_threads_render_identical_pages(doc):
-    expected = bytes(doc.render(0, dpi=60))
-    results = [None] * 4
-
-    def work(i):
-        results[i] = bytes(doc.render(0, dpi=60))
-
-    threads = [threading.Thread(target=work, args=(i,)) for i in range(len(results))]
-    for t in threads:
-        t.start()
-    for t in threads:
-        t.join()
-    assert all(r == expected for r in results)
 
 
 def test_decode_seal_kinds():
