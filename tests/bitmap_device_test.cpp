@@ -4,15 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <numbers>
 #include <vector>
 
 #include "host/base/device.h"
 #include "host/base/font.h"
-#include "support/fixed_metrics_face.h"
 #include "support/fonts.h"
 #include "support/render_compare.h"
 
@@ -56,45 +53,6 @@ Box InkBox(const Dib& dib) {
     }
   }
   return box;
-}
-
-TEST(BitmapDevice_Create, RefusesBadSizesAndFormats) {
-  const struct {
-    int w, h;
-    host::DibFormat format;
-    bool ok;
-  } cases[] = {
-      {10, 7, host::kDibArgb32, true},   {0, 7, host::kDibArgb32, false},
-      {10, -1, host::kDibArgb32, false}, {host::kMaxDibSide + 1, 1, host::kDibArgb32, false},
-      {10, 7, host::kDibRgb24, false},   {10, 7, host::kDibIndexed8, false},
-  };
-  for (const auto& c : cases) {
-    auto device = host::CreateBitmapDevice(c.w, c.h, c.format, 0);
-    ASSERT_EQ(device != nullptr, c.ok) << c.w << "x" << c.h << " format " << c.format;
-    std::unique_ptr<host::Device> viaCreator(
-        host::BitmapDeviceCreator(c.w, c.h, c.format, 0, nullptr));
-    EXPECT_EQ(viaCreator != nullptr, c.ok);
-    if (!c.ok) continue;
-    EXPECT_EQ(device->GetWidth(), 10u);
-    EXPECT_EQ(device->GetHeight(), 7u);
-  }
-}
-
-TEST(BitmapDevice_TakeBitmap, KeepsBackgroundAndStopsDrawing) {
-  for (uint32_t background : {0x00FFFFFFu, 0x00000000u, 0xFF336699u, 0x80336699u}) {
-    auto device = NewDevice(4, 3, background);
-    device->SaveState();
-    auto dib = Take(*device);
-    ASSERT_TRUE(dib);
-    for (int i = 0; i < 12; ++i) EXPECT_TRUE(Near(dib->GetPixel({i % 4, i / 4}), background, 1));
-
-    EXPECT_EQ(device->TakeBitmap(), nullptr);
-    EXPECT_FALSE(device->FillPath(RectPath(0, 0, 4, 3), Matrix(), 0xFF000000, host::FillRule::kNonZero));
-    EXPECT_FALSE(device->DrawBitmap(dib.get(), 0, 0));
-    device->RestoreState();
-    device->ClipRect(host::GRect(0, 0, 1, 1));
-    EXPECT_EQ(device->TakeBitmap(), nullptr);
-  }
 }
 
 // Straight alpha goes in through a bitmap and comes back out unchanged, and
@@ -166,43 +124,6 @@ TEST(BitmapDevice_Clip, RectAndPathClipUntilRestore) {
   }
 }
 
-TEST(BitmapDevice_FillPath, MultiplyGivesProduct) {
-  auto device = NewDevice(6, 6, 0xFF808080);
-  EXPECT_TRUE(device->FillPath(RectPath(1, 1, 2, 2), Matrix(2, 0, 0, 2, 0, 0), 0xFFFF8000,
-                               host::FillRule::kNonZero, host::BlendMode::kMultiply));
-  auto dib = Take(*device);
-  EXPECT_TRUE(Near(dib->GetPixel({3, 3}), 0xFF804000, 1)) << std::hex << dib->GetPixel({3, 3});
-  EXPECT_EQ(dib->GetPixel({1, 1}), 0xFF808080u);
-}
-
-// A horizontal line whose device centre is y = 20: exactly the rows covered by
-// the scaled pen are inked.
-TEST(BitmapDevice_StrokePath, WidthScalesWithMatrix) {
-  const struct {
-    float sx, sy, width;
-    int deviceWidth;
-  } cases[] = {{1, 1, 2, 2}, {2, 2, 1, 2}, {4, 4, 1, 4}, {2, 2, 3, 6}, {1, 4, 1, 4}, {4, 1, 2, 2}};
-  for (const auto& c : cases) {
-    auto device = NewDevice(40, 40, 0);
-    Path line;
-    line.MoveTo(5 / c.sx, 20 / c.sy);
-    line.LineTo(35 / c.sx, 20 / c.sy);
-    host::StrokeStyle style;
-    style.width = c.width;
-    ASSERT_TRUE(device->StrokePath(line, Matrix(c.sx, 0, 0, c.sy, 0, 0), 0xFF000000, style));
-    auto dib = Take(*device);
-    const int half = c.deviceWidth / 2, top = 20 - half, bottom = 20 + (c.deviceWidth - half);
-    for (int y = 10; y < 30; ++y) {
-      const uint32_t alpha = dib->GetPixel({20, y}) >> 24;
-      if (y >= top && y < bottom) {
-        EXPECT_EQ(alpha, 255u) << c.sx << "x" << c.sy << " row " << y;
-      } else if (y < top - 1 || y > bottom) {
-        EXPECT_EQ(alpha, 0u) << c.sx << "x" << c.sy << " row " << y;
-      }
-    }
-  }
-}
-
 // Hostile parameters fail or draw nothing, and never leave cairo in its
 // sticky error state: a plain fill afterwards still works.
 TEST(BitmapDevice_BadInput, LeavesDeviceUsable) {
@@ -228,9 +149,7 @@ TEST(BitmapDevice_BadInput, LeavesDeviceUsable) {
   device->RestoreState();
   device->RestoreState();  // unmatched: ignored
   if (haveFont) {
-    for (const Matrix& m : {singular, huge, nan}) {
-      EXPECT_EQ(device->DrawText(U"中", 1, &font, &m, 0xFF000000, 10), 0);
-    }
+    for (const Matrix& m : {singular, huge, nan}) EXPECT_EQ(device->DrawText(U"中", 1, &font, &m, 0xFF000000, 10), 0);
     for (float size : {0.0f, -3.0f, NAN, 1e9f}) {
       EXPECT_EQ(device->DrawText(U"中", 1, &font, nullptr, 0xFF000000, size), 0);
     }
@@ -243,11 +162,7 @@ TEST(BitmapDevice_DrawBitmapMatrix, ScalesUnitSquare) {
   auto source = Dib::Create(2, 2, host::kDibArgb32);
   const uint32_t c[4] = {0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0xFFFFFF00};
   for (int i = 0; i < 4; ++i) source->SetPixel({i % 2, i / 2}, c[i]);
-  const struct {
-    Matrix m;
-    int alpha;
-    uint32_t topLeft, topRight, bottomLeft, bottomRight;
-  } cases[] = {
+  const struct { Matrix m; int alpha; uint32_t topLeft, topRight, bottomLeft, bottomRight; } cases[] = {
       {Matrix(20, 0, 0, 20, 5, 5), 255, c[0], c[1], c[2], c[3]},
       {Matrix(-20, 0, 0, 20, 25, 5), 255, c[1], c[0], c[3], c[2]},  // mirrored
       {Matrix(0, 20, 20, 0, 5, 5), 255, c[0], c[2], c[1], c[3]},    // transposed
@@ -304,46 +219,6 @@ TEST(BitmapDevice_Golden, RingAndStar) {
   EXPECT_TRUE(testing_support::CompareWithReference(*dib, "bitmap_device_ring_star", 2));
 }
 
-// "中" of WenQuanYi Zen Hei at 40 units: its ink lies in the em box that the
-// matrix places (baseline origin, y down), upright and rotated by 90 degrees.
-TEST(BitmapDevice_DrawText, PlacesInkInTheEmBox) {
-  TARVIK_NEED_FONTS("WenQuanYi Zen Hei");
-  host::Font font(nullptr);
-  ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
-  ASSERT_NE(font.GetFaceHandle()->FtFace(), nullptr);
-  const char32_t text[] = U"中";
-  const struct {
-    Matrix m;
-    Box expected;  // the em box, from 20% of an em below the baseline to an em above
-  } cases[] = {
-      {Matrix(1, 0, 0, 1, 10, 50), {10, 10, 50, 58}},
-      {Matrix(0, 1, -1, 0, 50, 10), {42, 10, 90, 50}},  // text x runs down the page
-  };
-  for (const auto& c : cases) {
-    auto device = NewDevice(100, 100, 0x00FFFFFF);
-    ASSERT_NE(device->DrawText(text, 1, &font, &c.m, 0xFF000000, 40), 0);
-    const Box ink = InkBox(*Take(*device));
-    EXPECT_GE(ink.left, c.expected.left - 1);
-    EXPECT_GE(ink.top, c.expected.top - 1);
-    EXPECT_LE(ink.right, c.expected.right + 1);
-    EXPECT_LE(ink.bottom, c.expected.bottom + 1);
-    // The glyph fills most of its em box.
-    EXPECT_GE(ink.right - ink.left, 25);
-    EXPECT_GE(ink.bottom - ink.top, 25);
-  }
-  // Advances come from the font: a second glyph starts one advance further.
-  const Matrix at(1, 0, 0, 1, 5, 50);
-  Box boxes[2];
-  for (int n = 1; n <= 2; ++n) {
-    auto device = NewDevice(100, 100, 0);
-    ASSERT_NE(device->DrawText(U"中中", n, &font, &at, 0xFF000000, 40), 0);
-    boxes[n - 1] = InkBox(*Take(*device));
-  }
-  const double advance = font.GetGlyphAdvance(font.GetGlyphIndex(U'中')) * 40 / 1000.0;
-  EXPECT_NEAR(boxes[1].right - boxes[0].right, advance, 1);
-  EXPECT_EQ(boxes[1].left, boxes[0].left);
-}
-
 // Past 256 pixels per em glyphs are filled as outlines rather than cached as
 // masks: the ink is the same shape, just scaled.
 TEST(BitmapDevice_DrawText, LargeGlyphsDrawAsOutlinesWithTheSameInk) {
@@ -366,34 +241,6 @@ TEST(BitmapDevice_DrawText, LargeGlyphsDrawAsOutlinesWithTheSameInk) {
   EXPECT_NEAR(boxes[1].right - boxes[1].left, (boxes[0].right - boxes[0].left) * scale, 2);
   EXPECT_NEAR(boxes[1].bottom - boxes[1].top, (boxes[0].bottom - boxes[0].top) * scale, 2);
   EXPECT_NEAR(inked[1], inked[0] * scale * scale, inked[0] * 0.03);
-}
-
-// Faces loaded from memory, drawn and dropped one after another while cairo
-// still caches what it made from them.
-TEST(BitmapDevice_DrawText, DrawsWithShortLivedMemoryFaces) {
-  std::ifstream in("/usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf", std::ios::binary);
-  const std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), {});
-  if (bytes.empty()) GTEST_SKIP() << "DejaVuSansMono.ttf is not installed";
-  const Matrix m(1, 0, 0, 1, 4, 30);
-  for (int i = 0; i < 4; ++i) {
-    auto font = std::make_unique<host::Font>(nullptr);
-    ASSERT_NE(font->LoadFontFromMemory(bytes.data(), bytes.size()), 0);
-    auto device = NewDevice(40, 40, 0);
-    ASSERT_NE(device->DrawText(U"H", 1, font.get(), &m, 0xFF000000, 30), 0);
-    font.reset();
-    const Box ink = InkBox(*Take(*device));
-    EXPECT_GE(ink.bottom - ink.top, 15) << "round " << i;
-  }
-}
-
-TEST(BitmapDevice_DrawText, FaceWithoutOutlinesDrawsNothing) {
-  testing_support::FixedMetricsFont fake({{U'中', {7, 1000, 800}}});
-  auto device = NewDevice(20, 20, 0x00FFFFFF);
-  const Matrix m(1, 0, 0, 1, 2, 15);
-  EXPECT_EQ(device->DrawText(U"中", 1, &fake, &m, 0xFF000000, 12), 0);
-  EXPECT_EQ(device->DrawText(U"中", 1, nullptr, &m, 0xFF000000, 12), 0);
-  auto dib = Take(*device);
-  EXPECT_EQ(InkBox(*dib).right, -1);
 }
 
 }  // namespace

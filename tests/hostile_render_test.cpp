@@ -52,76 +52,62 @@ bool HasInk(const Dib& dib) {
   return false;
 }
 
+// Limits of a host: what was drawn before a limit stays, zero is no limit.
+RenderLimits Limits(uint64_t objects, uint64_t segments) {
+  RenderLimits limits;
+  limits.maxObjects = objects, limits.maxSegments = segments;
+  if (!objects) limits.maxScanRows = limits.maxImageBytes = 0;
+  return limits;
+}
+
 struct HostileCase {
   const char* name;
   std::string (*make)();
   RenderStop stop;
+  RenderLimits limits;
+  size_t templates;  // loaded for the page
+  bool ink;          // something was drawn
 };
 
 const HostileCase kCases[] = {
     // 10^9 paths through nine units of ten composite objects each.
-    {"composite_fan_out", [] { return testing_support::CompositeFanOutPackage(9, 10); },
-     RenderStop::kObjects},
+    {"composite_fan_out", [] { return testing_support::CompositeFanOutPackage(9, 10); }, RenderStop::kObjects, {}, 0, true},
     // Eight templates naming the next ten times: loaded once each.
-    {"template_fan_out", [] { return testing_support::TemplateFanOutPackage(8, 10); },
-     RenderStop::kNone},
+    {"template_fan_out", [] { return testing_support::TemplateFanOutPackage(8, 10); }, RenderStop::kNone, {}, 8, true},
     {"one_crossing_path_30k", [] { return testing_support::SelfCrossingPathsPackage(1, 30000); },
-     RenderStop::kScanRows},
+     RenderStop::kScanRows, {}, 0, false},
     {"forty_crossing_paths_100k", [] { return testing_support::SelfCrossingPathsPackage(40, 100000); },
-     RenderStop::kScanRows},
+     RenderStop::kScanRows, {}, 0, false},
     // Cut to a million segments when parsed, still too much to draw.
     {"one_crossing_path_3m", [] { return testing_support::SelfCrossingPathsPackage(1, 3000000); },
-     RenderStop::kScanRows},
+     RenderStop::kScanRows, {}, 0, false},
+    // Of 40 objects: the page's composite, two units of three, then paths.
+    {"host_object_limit", [] { return testing_support::CompositeFanOutPackage(3, 3); }, RenderStop::kObjects,
+     Limits(20, 4000000), 0, true},
+    {"no_limits", [] { return testing_support::CompositeFanOutPackage(3, 3); }, RenderStop::kNone, Limits(0, 0), 0, true},
+    {"host_segment_limit", [] { return testing_support::SelfCrossingPathsPackage(1, 1000); }, RenderStop::kSegments,
+     Limits(250000, 100), 0, false},
 };
 
 class HostileRender : public ::testing::TestWithParam<HostileCase> {};
 
 TEST_P(HostileRender, FinishesWithinLimitsAndSaysWhy) {
   const HostileCase& c = GetParam();
-  const Drawn drawn = DrawFirstPage(c.make());
+  const Drawn drawn = DrawFirstPage(c.make(), c.limits);
   ASSERT_TRUE(drawn.bitmap) << "the page was not drawn";
   EXPECT_EQ(drawn.stop, c.stop);
-  if (c.stop == RenderStop::kNone) {
-    EXPECT_TRUE(drawn.message.empty());
-  } else {
-    EXPECT_EQ(drawn.message, std::string("page 1: ") + RenderStopText(c.stop));
+  EXPECT_EQ(drawn.message, c.stop == RenderStop::kNone ? "" : std::string("page 1: ") + RenderStopText(c.stop));
+  EXPECT_EQ(drawn.templates, c.templates);
+  if (c.ink) {
+    EXPECT_TRUE(HasInk(*drawn.bitmap));
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, HostileRender, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(HostileRender_Templates, EachTemplateIsLoadedOncePerPage) {
-  const Drawn drawn = DrawFirstPage(testing_support::TemplateFanOutPackage(8, 10));
-  EXPECT_EQ(drawn.templates, 8u);
-  ASSERT_TRUE(drawn.bitmap);
-  EXPECT_TRUE(HasInk(*drawn.bitmap));
-}
-
-// A host's own limits: what was drawn before the limit stays, a limit of
-// zero is no limit.
-TEST(HostileRender_Limits, HostLimitsStopTheRenderAndKeepWhatWasDrawn) {
-  RenderLimits few;
-  few.maxObjects = 20;  // of 40: the page's composite, two units of three, then paths
-  const Drawn stopped = DrawFirstPage(testing_support::CompositeFanOutPackage(3, 3), few);
-  EXPECT_EQ(stopped.stop, RenderStop::kObjects);
-  ASSERT_TRUE(stopped.bitmap);
-  EXPECT_TRUE(HasInk(*stopped.bitmap));
-
-  RenderLimits none;
-  none.maxObjects = none.maxSegments = none.maxScanRows = none.maxImageBytes = 0;
-  const Drawn whole = DrawFirstPage(testing_support::CompositeFanOutPackage(3, 3), none);
-  EXPECT_EQ(whole.stop, RenderStop::kNone);
-
-  RenderLimits thin;
-  thin.maxSegments = 100;
-  EXPECT_EQ(DrawFirstPage(testing_support::SelfCrossingPathsPackage(1, 1000), thin).stop,
-            RenderStop::kSegments);
-}
-
 TEST(HostileRender_Limits, TheRendererTellsItsReasonUntilRestarted) {
-  testing_support::Opened opened =
-      testing_support::Open(testing_support::CompositeFanOutPackage(4, 4));
+  testing_support::Opened opened = testing_support::Open(testing_support::CompositeFanOutPackage(4, 4));
   ASSERT_TRUE(opened.doc);
   std::unique_ptr<OfdPage> page = testing_support::ParsedPage(*opened.doc, 0);
   ASSERT_TRUE(page);

@@ -1,17 +1,28 @@
-// Recognising OFD packages and reading their zip entries within bounds.
+// OFD packages: recognising them, loading their documents, who owns the
+// reader, resolving locations, and reading zip entries within bounds.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 #include "host/base/stream_reader.h"
+#include "host/ofd/ofd_location.h"
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/zip_archive.h"
+#include "support/opened_document.h"
 #include "support/zip_builder.h"
 
 namespace host {
 namespace {
 
+using testing_support::BuildOfdPackage;
 using testing_support::BuildZip;
+
+std::string SmallPackage() {
+  return BuildOfdPackage({{"Doc_0/Document.xml", testing_support::OfdDocumentXml({{1, "P.xml"}})},
+                          {"Doc_0/Res/img.png", "PNGDATA"}, {"Doc_0/Res/font.ttf", "FONT"}},
+                         "Doc_0/Document.xml", "Doc_0/Signs/Signatures.xml");
+}
 
 int Check(const std::string& bytes) {
   StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(bytes));
@@ -22,12 +33,9 @@ int Check(const std::string& bytes) {
 }
 
 TEST(OfdPackage_CheckFileType, Table) {
-  const struct {
-    const char* name;
-    std::string bytes;
-    int want;
-  } cases[] = {
-      {"minimal", testing_support::MinimalOfdPackage(), 1},
+  const std::string ofd = testing_support::MinimalOfdPackage();
+  const struct { const char* name; std::string bytes; int want; } cases[] = {
+      {"minimal", ofd, 1},
       {"no prefix", BuildZip({{"OFD.xml", "<OFD Version=\"1.0\"/>"}}), 1},
       {"other prefix", BuildZip({{"OFD.xml", "<x:OFD xmlns:x=\"urn:x\"/>"}}), 1},
       {"entry name case", BuildZip({{"ofd.XML", "<OFD/>"}}), 1},
@@ -39,22 +47,119 @@ TEST(OfdPackage_CheckFileType, Table) {
       {"no OFD.xml", BuildZip({{"Doc_0/Document.xml", "<Document/>"}}), 0},
       {"not a zip", "PK\x03\x04 but then nothing useful", 0},
       {"empty", "", 0},
+      {"truncated to 4", ofd.substr(0, 4), 0},    {"truncated to 30", ofd.substr(0, 30), 0},
+      {"truncated to half", ofd.substr(0, ofd.size() / 2), 0}, {"truncated by 1", ofd.substr(0, ofd.size() - 1), 0},
   };
   for (const auto& c : cases) EXPECT_EQ(Check(c.bytes), c.want) << c.name;
   EXPECT_EQ(OfdPackage::CheckFileType(nullptr), 0);
 }
 
-TEST(OfdPackage_CheckFileType, TruncatedPackagesAreRefused) {
-  const std::string ofd = testing_support::MinimalOfdPackage();
-  for (size_t n : {size_t{4}, size_t{30}, ofd.size() / 2, ofd.size() - 1}) {
-    EXPECT_EQ(Check(ofd.substr(0, n)), 0) << n;
+TEST(OfdPackage_Load, ResultsAndDocumentEntries) {
+  const struct { const char* name; std::string bytes; int result, documents; } cases[] = {
+      {"sample", SmallPackage(), 0, 1},
+      {"no DocBody", BuildZip({{"OFD.xml", "<ofd:OFD xmlns:ofd=\"x\"/>"}}), 0, 0},
+      {"not a zip", "not a zip at all", kOfdLoadNotZip, 0},
+      {"no OFD.xml", BuildZip({{"a.xml", "<OFD/>"}}), kOfdLoadMissingFile, 0},
+      {"broken OFD.xml", BuildZip({{"OFD.xml", "<OFD><DocBody>"}}), kOfdLoadBadXml, 0},
+      {"wrong root", BuildZip({{"OFD.xml", "<Document/>"}}), kOfdLoadBadXml, 0},
+  };
+  for (const auto& c : cases) {
+    OfdPackage package;
+    EXPECT_EQ(package.LoadFromStream(StreamReader::CreateMemoryStreamReader(c.bytes), 1), c.result) << c.name;
+    EXPECT_EQ(package.CountDocuments(), c.documents) << c.name;
+    EXPECT_EQ(package.GetDocument(c.documents), nullptr) << c.name;
+    EXPECT_EQ(package.GetDocument(-1), nullptr) << c.name;
   }
+  OfdPackage package;
+  EXPECT_EQ(package.LoadFromStream(nullptr, 1), kOfdLoadBadArgument);
+  ASSERT_EQ(package.LoadFromStream(StreamReader::CreateMemoryStreamReader(SmallPackage()), 1), 0);
+  const OfdDocBody* body = package.GetDocument(0);
+  ASSERT_NE(body, nullptr);
+  EXPECT_EQ(body->docRoot, "/Doc_0/Document.xml");
+  EXPECT_EQ(body->signatures, "/Doc_0/Signs/Signatures.xml");
+  EXPECT_EQ(body->docId, "test");
+  package.ClosePackage();
+  EXPECT_EQ(package.CountDocuments(), 0);
+  package.ClosePackage();  // twice is harmless
 }
 
-TEST(ZipArchive_Limits, OversizedEntryIsNotRead) {
+// A reader that records its destruction.
+class TrackedReader : public StreamReader {
+ public:
+  TrackedReader(std::string bytes, bool* released) : bytes_(std::move(bytes)), released_(released) {}
+  ~TrackedReader() override { *released_ = true; }
+  uint64_t GetSize() const override { return bytes_.size(); }
+  size_t ReadBlock(void* out, uint64_t offset, size_t size) override {
+    if (offset >= bytes_.size()) return 0;
+    const size_t n = std::min<size_t>(size, bytes_.size() - offset);
+    std::memcpy(out, bytes_.data() + offset, n);
+    return n;
+  }
+  const uint8_t* GetBuffer() const override { return reinterpret_cast<const uint8_t*>(bytes_.data()); }
+
+ private:
+  std::string bytes_;
+  bool* released_;
+};
+
+TEST(OfdPackage_Load, FlagOneTakesOverTheReaderEvenOnFailure) {
+  for (const std::string& bytes : {SmallPackage(), std::string("garbage")}) {
+    bool released = false;
+    {
+      OfdPackage package;
+      package.LoadFromStream(new TrackedReader(bytes, &released), 1);
+      EXPECT_FALSE(released);
+    }
+    EXPECT_TRUE(released);
+  }
+  bool released = false;
+  TrackedReader kept(SmallPackage(), &released);
+  {
+    OfdPackage package;
+    EXPECT_EQ(package.LoadFromStream(&kept, 0), 0);
+  }
+  EXPECT_FALSE(released);
+}
+
+TEST(OfdLocation_Normalize, Table) {
+  const struct { const char *base, *location, *want; } cases[] = {
+      {"Doc_0/", "Res/a.png", "Doc_0/Res/a.png"},       {"Doc_0", "./Res/../Res/a.png", "Doc_0/Res/a.png"},
+      {"Doc_0/", "/Doc_1/a.png", "Doc_1/a.png"},        {"Doc_0/", "../../../a.png", "a.png"},
+      {"Doc_0/", "\\Doc_0\\Res\\a.png", "Doc_0/Res/a.png"}, {"", "//a//b/./c", "a/b/c"},
+      {"Doc_0/", "", "Doc_0"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(ResolveLocation(c.base, c.location), c.want) << c.location;
+  EXPECT_EQ(FolderOf("Doc_0/Pages/Page_0.xml"), "Doc_0/Pages/");
+  EXPECT_EQ(FolderOf("OFD.xml"), "");
+}
+
+TEST(OfdPackage_LoadRawStream, ResolvesAbsoluteRelativeAndCase) {
+  testing_support::Opened o = testing_support::Open(SmallPackage());
+  ASSERT_NE(o.doc, nullptr);
+  const OfdDocument* doc = o.doc.get();
+  const struct { const OfdDocument* doc; const char* location; const char* want; } cases[] = {
+      {doc, "Res/img.png", "PNGDATA"},       {doc, "/Doc_0/Res/img.png", "PNGDATA"},
+      {doc, "./Pages/../Res/IMG.PNG", "PNGDATA"}, {doc, "/doc_0/res/font.ttf", "FONT"},
+      {nullptr, "Doc_0/Res/img.png", "PNGDATA"}, {nullptr, "Res/img.png", nullptr},
+      {doc, "Res/missing.png", nullptr},     {doc, "", nullptr},
+  };
+  for (const auto& c : cases) {
+    StreamReaderPtr stream(o.package->LoadRawStream(c.doc, c.location, 1));
+    if (!c.want) {
+      EXPECT_EQ(stream, nullptr) << c.location;
+      continue;
+    }
+    ASSERT_NE(stream, nullptr) << c.location;
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(stream->GetBuffer()), stream->GetSize()), c.want);
+  }
+  o.package->ClosePackage();
+  EXPECT_EQ(o.package->LoadRawStream(doc, "Res/img.png", 1), nullptr);
+}
+
+TEST(ZipArchive_Limits, OversizedEntriesAreRefusedRereadsAreNotChargedAgain) {
   // Deflates to a few tens of kilobytes, inflates past the per-entry cap.
-  const std::string bomb(ZipArchive::kMaxEntryBytes + 1, '\0');
-  const std::string zip = BuildZip({{"big.bin", bomb}, {"small.txt", "ok"}});
+  const std::string bomb(ZipArchive::kMaxEntryBytes + 1, '\0'), half(ZipArchive::kMaxEntryBytes / 2, '\0');
+  const std::string zip = BuildZip({{"big.bin", bomb}, {"small.txt", "ok"}, {"half.bin", half}});
   ASSERT_LT(zip.size(), 1u << 20);
   StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(zip));
   auto archive = ZipArchive::Open(reader.get());
@@ -65,6 +170,10 @@ TEST(ZipArchive_Limits, OversizedEntryIsNotRead) {
   EXPECT_EQ(out, "ok");
   EXPECT_FALSE(archive->ReadNamed("SMALL.TXT", out, false));
   EXPECT_EQ(archive->Find("missing"), -1);
+  // Far more than the total budget in all, but one distinct entry.
+  for (uint64_t read = 0; read <= ZipArchive::kMaxTotalBytes; read += half.size())
+    ASSERT_TRUE(archive->ReadNamed("half.bin", out)) << read;
+  EXPECT_EQ(out.size(), half.size());
 }
 
 }  // namespace

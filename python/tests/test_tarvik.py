@@ -3,9 +3,7 @@ errors, signatures, the numpy view and threads."""
 
 import gc
 import os
-import subprocess
 import tempfile
-import threading
 
 import pytest
 
@@ -26,30 +24,8 @@ def doc():
         yield d
 
 
-def test_pages_and_sizes(doc):
-    assert len(doc) == 1
-    assert doc.page_size(0) == (210, 297)
-    assert doc.pixel_size(0, 150) == (1240, 1753)
-
-
-def test_render_matches_the_program(doc):
-    """The module's RGBA equals what the tarvik program writes as PNG."""
-    cli = os.environ.get("TARVIK_CLI")
-    if not cli:
-        pytest.skip("TARVIK_CLI is not set")
-    img = doc.render(0, dpi=50)
-    with tempfile.TemporaryDirectory() as tmp:
-        out = os.path.join(tmp, "page.png")
-        subprocess.run([cli, "render", SIGNED, "--page", "1", "--dpi", "50", "-o", out], check=True,
-                       stdout=subprocess.DEVNULL)
-        [written] = os.listdir(tmp)  # page.png, or numbered
-        with open(os.path.join(tmp, written), "rb") as f:
-            reference = tarvik.decode_seal(f.read())
-    assert (reference.width, reference.height) == (img.width, img.height) == (413, 584)
-    assert bytes(reference) == bytes(img)
-
-
 def test_render_outputs(doc):
+    assert (len(doc), doc.page_size(0), doc.pixel_size(0, 150)) == (1, (210, 297), (1240, 1753))
     img = doc.render(0, dpi=50)
     assert (img.width, img.height, len(bytes(img))) == (413, 584, 413 * 584 * 4)
     assert img.pixel(0, 0) == (255, 255, 255, 255)
@@ -66,17 +42,13 @@ def test_render_outputs(doc):
         img.save(os.path.join(tmp, "p.png"))
         with open(os.path.join(tmp, "p.png"), "rb") as f:
             assert f.read() == png
+    with tarvik.open(data=sample("signed_v4_png.ofd"), verify=False) as d:
+        assert d.name == "<memory>" and bytes(d.render(0, dpi=50)) == bytes(img)
     # Options reach the renderer: no seals, black seals.
     assert bytes(doc.render(0, dpi=50, seals=False)) != bytes(img)
     black = doc.render(0, dpi=50, color="black")
     assert all(len(set(black.pixel(x, y)[:3])) == 1 for y in range(top, bottom, 3)
                for x in range(left, right, 3))
-
-
-def test_bytes_input_renders_the_same(doc):
-    with tarvik.open(data=sample("signed_v4_png.ofd"), verify=False) as d:
-        assert d.name == "<memory>"
-        assert bytes(d.render(0, dpi=40)) == bytes(doc.render(0, dpi=40))
 
 
 def test_signatures(doc):
@@ -94,21 +66,13 @@ def test_signatures(doc):
 
 
 @pytest.mark.parametrize("call, error", [
-    (lambda: tarvik.open("/nonexistent/invoice.ofd"), tarvik.IoError),
-    (lambda: tarvik.open(data=b"PK\3\4 not a zip"), tarvik.NotOfd),
-    (lambda: tarvik.open(data=sample("sample_seal.png")), tarvik.NotOfd),
-    (lambda: tarvik.open(), tarvik.BadArgument),
-    (lambda: tarvik.open(data=b""), tarvik.BadArgument),
-    (lambda: tarvik.open(SIGNED, document=3), tarvik.BadDocument),
-    (lambda: tarvik.decode_seal(b"not a seal"), tarvik.BadSeal),
-])
-def test_open_errors(call, error):
-    with pytest.raises(error) as e:
-        call()
-    assert isinstance(e.value, tarvik.Error) and e.value.reason and e.value.status == error.status
-
-
-@pytest.mark.parametrize("call, error", [
+    (lambda d: tarvik.open("/nonexistent/invoice.ofd"), tarvik.IoError),
+    (lambda d: tarvik.open(data=b"PK\3\4 not a zip"), tarvik.NotOfd),
+    (lambda d: tarvik.open(data=sample("sample_seal.png")), tarvik.NotOfd),
+    (lambda d: tarvik.open(), tarvik.BadArgument),
+    (lambda d: tarvik.open(data=b""), tarvik.BadArgument),
+    (lambda d: tarvik.open(SIGNED, document=3), tarvik.BadDocument),
+    (lambda d: tarvik.decode_seal(b"not a seal"), tarvik.BadSeal),
     (lambda d: d.render(1), tarvik.PageOutOfRange),
     (lambda d: d.render(-1), tarvik.PageOutOfRange),
     (lambda d: d.page_size(5), IndexError),
@@ -117,10 +81,11 @@ def test_open_errors(call, error):
     (lambda d: d.render(0, color="purple"), ValueError),
     (lambda d: d.render_png(0, color=7), tarvik.BadArgument),
 ])
-def test_document_errors(doc, call, error):
+def test_errors(doc, call, error):
     with pytest.raises(error) as e:
         call(doc)
-    assert "page" in e.value.reason or "resolution" in e.value.reason or "color" in e.value.reason
+    if issubclass(error, tarvik.Error):
+        assert e.value.reason and e.value.status == error.status
 
 
 def test_closed_document_refuses_calls():
@@ -146,21 +111,6 @@ def test_numpy_view_shares_the_pixels(doc):
     del img
     gc.collect()
     assert view.tobytes() == expected and arr.tobytes() == expected
-
-
-def test_two_threads_render_identical_pages(doc):
-    expected = bytes(doc.render(0, dpi=60))
-    results = [None] * 4
-
-    def work(i):
-        results[i] = bytes(doc.render(0, dpi=60))
-
-    threads = [threading.Thread(target=work, args=(i,)) for i in range(len(results))]
-    for t in threads:
-        t.start()
-    for t in threads:
-        t.join()
-    assert all(r == expected for r in results)
 
 
 def test_decode_seal_kinds():

@@ -13,8 +13,7 @@ std::string Composites(int unitId, int fan) {
   std::string body;
   for (int i = 0; i < fan; ++i) {
     body += "<ofd:CompositeObject ID=\"" + std::to_string(100000 + i) + "\" ResourceID=\"" +
-            std::to_string(unitId) + "\" Boundary=\"" + std::to_string(i % 5) +
-            " 0 10 10\"/>";
+            std::to_string(unitId) + "\" Boundary=\"" + std::to_string(i % 5) + " 0 10 10\"/>";
   }
   return body;
 }
@@ -31,8 +30,7 @@ std::string CompositeUnits(int units, int fan) {
                    "<ofd:AbbreviatedData>M 0 0 L 5 5 L 0 5 C</ofd:AbbreviatedData></ofd:PathObject>";
     }
     inner += "<ofd:CompositeGraphicUnit ID=\"" + std::to_string(u) +
-             "\" Width=\"10\" Height=\"10\"><ofd:Content>" + content +
-             "</ofd:Content></ofd:CompositeGraphicUnit>";
+             "\" Width=\"10\" Height=\"10\"><ofd:Content>" + content + "</ofd:Content></ofd:CompositeGraphicUnit>";
   }
   return inner + "</ofd:CompositeGraphicUnits>";
 }
@@ -41,8 +39,7 @@ std::string CompositeDocument(int units, int fan, const std::string& pageArea) {
   return BuildOfdPackage(
       {{"Doc_0/Document.xml",
         OfdDocumentXml({{1000, "Pages/Page_0/Content.xml"}},
-                       "<ofd:PageArea><ofd:PhysicalBox>" + pageArea +
-                           "</ofd:PhysicalBox></ofd:PageArea>"
+                       "<ofd:PageArea><ofd:PhysicalBox>" + pageArea + "</ofd:PhysicalBox></ofd:PageArea>"
                            "<ofd:PublicRes>PublicRes.xml</ofd:PublicRes>")},
        {"Doc_0/PublicRes.xml", OfdResXml(CompositeUnits(units, fan))},
        {"Doc_0/Pages/Page_0/Content.xml", OfdPageXml(Composites(1, 1))}});

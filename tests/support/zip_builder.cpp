@@ -15,16 +15,14 @@ ZipEntries ReadZip(const std::string& archive) {
     zip_source_free(src);
     return entries;
   }
-  for (zip_int64_t i = 0; i < zip_get_num_entries(z, 0); ++i) {
+  for (zip_uint64_t i = 0; i < static_cast<zip_uint64_t>(zip_get_num_entries(z, 0)); ++i) {
     zip_stat_t st;
-    zip_file_t* f = zip_stat_index(z, static_cast<zip_uint64_t>(i), 0, &st) == 0
-                        ? zip_fopen_index(z, static_cast<zip_uint64_t>(i), 0)
-                        : nullptr;
+    zip_file_t* f = zip_stat_index(z, i, 0, &st) == 0 ? zip_fopen_index(z, i, 0) : nullptr;
     if (!f) continue;
     std::string content(static_cast<size_t>(st.size), '\0');
-    const zip_int64_t n = zip_fread(f, content.data(), st.size);
+    if (zip_fread(f, content.data(), st.size) == static_cast<zip_int64_t>(st.size))
+      entries.emplace_back(st.name, std::move(content));
     zip_fclose(f);
-    if (n == static_cast<zip_int64_t>(st.size)) entries.emplace_back(st.name, std::move(content));
   }
   zip_discard(z);
   return entries;
@@ -33,11 +31,8 @@ ZipEntries ReadZip(const std::string& archive) {
 ZipEntries WithEntry(ZipEntries entries, const std::string& name, const char* content) {
   for (auto it = entries.begin(); it != entries.end(); ++it) {
     if (it->first != name) continue;
-    if (content) {
-      it->second = content;
-    } else {
-      entries.erase(it);
-    }
+    if (content) it->second = content;
+    else entries.erase(it);
     return entries;
   }
   if (content) entries.emplace_back(name, content);

@@ -7,8 +7,8 @@
 #include <iterator>
 #include <string>
 
-#include "support/fixtures.h"
 #include "support/fonts.h"
+#include "support/fixtures.h"
 #include "support/render_compare.h"
 #include "support/zip_builder.h"
 #include "tarvik/viewer.h"
@@ -92,6 +92,22 @@ TEST(DocumentOpen, FileErrorsGiveTheSystemReason) {
   EXPECT_EQ(error.status, Status::kBadArgument);
 }
 
+TEST(DocumentRender, BadPagesAndResolutionsSayWhy) {
+  const auto doc = Document::Open(Sample("signed_v4_png.ofd"));
+  ASSERT_TRUE(doc);
+  const struct { int page; double dpi; Status status; } cases[] = {
+      {1, 50, Status::kPageOutOfRange}, {-1, 50, Status::kPageOutOfRange}, {0, 0, Status::kBadArgument},
+      {0, -3, Status::kBadArgument},    {0, std::nan(""), Status::kBadArgument}, {0, 1e6, Status::kTooLarge}};
+  for (const auto& c : cases) {
+    tarvik::viewer::RenderOptions options;
+    options.dpi = c.dpi;
+    tarvik::viewer::RenderReport report;
+    EXPECT_FALSE(doc->RenderPage(c.page, options, &report)) << c.page << " " << c.dpi;
+    EXPECT_EQ(report.error.status, c.status) << report.error.message;
+    EXPECT_FALSE(report.error.message.empty());
+  }
+}
+
 TEST(DocumentOpen, MalformedXmlGivesTheOffset) {
   Error error;
   const std::string xml = "<ofd:Document>\n<ofd:CommonData></ofd:Common>";
@@ -99,57 +115,26 @@ TEST(DocumentOpen, MalformedXmlGivesTheOffset) {
   EXPECT_NE(error.message.find("at offset 3"), std::string::npos) << error.message;
 }
 
-TEST(DocumentPages, SizesAndRangeErrors) {
-  Error error;
-  const auto doc = Document::Open(Sample("signed_v4_png.ofd"), &error);
-  ASSERT_TRUE(doc) << error.message;
-  ASSERT_EQ(doc->PageCount(), 1);
-  tarvik::viewer::PageSize size;
-  ASSERT_TRUE(doc->GetPageSize(0, size));
-  EXPECT_EQ(size.width, 210);
-  EXPECT_EQ(size.height, 297);
-  int w = 0, h = 0;
-  ASSERT_TRUE(doc->GetPixelSize(0, 150, w, h));
-  EXPECT_EQ(w, 1240);
-  EXPECT_EQ(h, 1753);
-
-  struct Bad {
-    int page;
-    double dpi;
-    Status status;
-  } bad[] = {{1, 50, Status::kPageOutOfRange},       {-1, 50, Status::kPageOutOfRange},
-             {0, 0, Status::kBadArgument},           {0, -3, Status::kBadArgument},
-             {0, std::nan(""), Status::kBadArgument}, {0, 1e6, Status::kTooLarge}};
-  for (const Bad& b : bad) {
-    tarvik::viewer::RenderOptions options;
-    options.dpi = b.dpi;
-    tarvik::viewer::RenderReport report;
-    EXPECT_FALSE(doc->RenderPage(b.page, options, &report)) << b.page << " " << b.dpi;
-    EXPECT_EQ(report.error.status, b.status) << report.error.message;
-    EXPECT_FALSE(report.error.message.empty());
-  }
-}
-
 // The one-call render draws what a host drawing page content and then each
 // seal through the seal library draws (the same reference pictures).
-TEST(DocumentRender, MatchesTheSealLibraryReferences) {
+TEST(DocumentRender, SignedSamplesMatchTheirReferences) {
   if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
   TARVIK_NEED_FONTS("AR PL UMing CN");  // the pages' text
-  struct Case {
-    const char* reference;
-    const char* file;
-    bool cross;
-    int colorMode;
-  } cases[] = {{"signed_v4_png", "signed_v4_png.ofd", false, 0},
-               {"signed_v4_ofdseal", "signed_v4_ofdseal.ofd", false, 0},
-               {"signed_ofdseal_black", "signed_v4_ofdseal.ofd", false, 2}};
-  for (const Case& c : cases) {
+  tarvik::RenderSealParam::TextParam text;
+  text.fontSize = 9, text.fontName = U"WenQuanYi Zen Hei", text.text = U"已验证";
+  text.verticalAlign = 1, text.horizontalAlign = 2, text.outside = 1;
+  const struct { const char *reference, *file; bool cross; int colorMode; bool withText; } cases[] = {
+      {"signed_v4_png", "signed_v4_png.ofd", false, 0, false},
+      {"signed_v1_png", "signed_v1_png.ofd", false, 0, false},
+      {"signed_v4_ofdseal", "signed_v4_ofdseal.ofd", false, 0, false},
+      {"signed_ofdseal_black", "signed_v4_ofdseal.ofd", false, 2, false},
+      {"signed_cross_grey_text", "signed_v4_png.ofd", true, 1, true}};
+  for (const auto& c : cases) {
     const auto doc = Document::Open(Sample(c.file));
     ASSERT_TRUE(doc);
     tarvik::viewer::RenderOptions options;
-    options.dpi = 50;
-    options.cross = c.cross;
-    options.colorMode = c.colorMode;
+    options.dpi = 50, options.cross = c.cross, options.colorMode = c.colorMode;
+    options.sealText = c.withText ? &text : nullptr;
     tarvik::viewer::RenderReport report;
     const auto page = doc->RenderPage(0, options, &report);
     ASSERT_TRUE(page) << report.error.message;
@@ -207,12 +192,7 @@ TEST(DocumentVerify, VerdictsReachThePicture) {
   }
   entries = testing_support::WithEntry(entries, "Doc_0/PublicRes.xml", res.c_str());
   const std::string tampered = testing_support::BuildZip(entries);
-  struct Case {
-    bool verify;
-    std::string trust;
-    tarvik::viewer::Verdict verdict;
-    bool crossed;
-  } cases[] = {
+  struct Case { bool verify; std::string trust; tarvik::viewer::Verdict verdict; bool crossed; } cases[] = {
       {true, "", tarvik::viewer::Verdict::kInvalid, true},
       {false, "", tarvik::viewer::Verdict::kNotChecked, false},
   };

@@ -61,11 +61,7 @@ TEST(DecodeSeal, EveryKindOfSealBytes) {
 }
 
 TEST(DecodeSeal, FailuresSayWhy) {
-  struct Case {
-    std::string bytes;
-    Status status;
-    const char* message;
-  } cases[] = {
+  struct Case { std::string bytes; Status status; const char* message; } cases[] = {
       {"", Status::kBadArgument, "no seal bytes"},
       {"garbage", Status::kBadSeal, "neither a picture"},
       {std::string("\x89PNG\r\n\x1a\n", 8) + "broken", Status::kBadSeal, "damaged"},
@@ -76,17 +72,6 @@ TEST(DecodeSeal, FailuresSayWhy) {
     EXPECT_EQ(error.status, c.status);
     EXPECT_NE(error.message.find(c.message), std::string::npos) << error.message;
   }
-}
-
-TEST(Digest, KnownValuesAndUnknownAlgorithm) {
-  std::string digest;
-  ASSERT_TRUE(tarvik::viewer::Digest("abc", 3, "sm3", digest));
-  ASSERT_EQ(digest.size(), 32u);
-  EXPECT_EQ(static_cast<unsigned char>(digest[0]), 0x66);
-  EXPECT_EQ(static_cast<unsigned char>(digest[31]), 0xe0);
-  tarvik::viewer::Error error;
-  EXPECT_FALSE(tarvik::viewer::Digest("abc", 3, "crc32", digest, &error));
-  EXPECT_EQ(error.status, Status::kUnsupported);
 }
 
 }  // namespace
