@@ -46,7 +46,7 @@ TEST_P(AllocationFailure, EachFailedAllocationOfASignedPageEndsCleanly) {
   const std::unique_ptr<host::Dib> full = render();
   const int64_t count = kAll - host::FailNthAllocation(0);
   ASSERT_TRUE(full);
-  ASSERT_GE(count, 3) << "the render no longer allocates through the memory functions";
+  ASSERT_GT(count, 0) << "the render no longer allocates through the memory functions";
   RecordProperty("allocations", std::to_string(count));
   for (int64_t n = 1; n <= count; n += std::max<int64_t>(1, count / 200)) {
     host::FailNthAllocation(n);
