@@ -308,7 +308,7 @@ TEST(BitmapDevice_Golden, RingAndStar) {
 TEST(BitmapDevice_DrawText, PlacesInkInTheEmBox) {
   host::Font font(nullptr);
   ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
-  ASSERT_NE(font.GetFaceHandle()->FtFace(), nullptr);
+  ASSERT_NE(font.GetFaceHandle()->CairoFace(), nullptr);
   const char32_t text[] = U"中";
   const struct {
     Matrix m;
