@@ -10,7 +10,9 @@
 //    file included, wall time; x_first is against the in-process first document.
 //  - BM_DocumentThreads/<name>: the job on 1 or 2 threads (each its own
 //    document), and BM_SharedTarvikThreads: page 1 of one open document
-//    through one Tarvik; compare items_per_second.
+//    through one Tarvik; compare items_per_second, and against
+//    BM_ThreadCeiling, the machine's own ratio for lock-free arithmetic (a
+//    loaded or shared machine gives less than 2x there too).
 // The documents are read from TARVIK_FIXTURE_DIR, else ../shared/fixtures/ofd
 // beside the source tree; without them nothing is registered.
 #include <benchmark/benchmark.h>
@@ -19,6 +21,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -159,6 +162,17 @@ void SharedTarvikThreads(benchmark::State& state, bench::OpenSigned* doc) {
   }
   state.SetItemsProcessed(state.iterations());
 }
+
+void ThreadCeiling(benchmark::State& state) {
+  for (auto _ : state) {
+    uint64_t x = 1;
+    for (uint64_t i = 0; i < 20'000'000; ++i) x = x * 6364136223846793005ULL + i;
+    benchmark::DoNotOptimize(x);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(ThreadCeiling)->Name("BM_ThreadCeiling")->Threads(1)->Threads(2)->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 std::filesystem::path FixtureFolder() {
   if (const char* dir = std::getenv("TARVIK_FIXTURE_DIR")) return dir;

@@ -147,6 +147,8 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
   ASSERT_EQ(page->GetTemplates().size(), 1u);
   EXPECT_EQ(page->GetTemplates()[0].zOrder, OfdZOrder::kForeground);  // the page's ZOrder wins
   EXPECT_EQ(page->GetTemplates()[0].content->CountObjects(), 2u);    // layer and path
+  // Parsed once per document: a later load of a page shares the objects.
+  EXPECT_EQ(ParsedPage(*o.doc, 0)->GetTemplates().at(0).content, page->GetTemplates()[0].content);
 
   const OfdPageBlock* content = page->GetContent();
   ASSERT_EQ(content->children.size(), 1u);

@@ -13,8 +13,7 @@ namespace host {
 /// A CairoDevice over an image surface. Colours and bitmaps come in with
 /// straight alpha; they are premultiplied when they enter the surface and
 /// unpremultiplied once, in TakeBitmap. After TakeBitmap every drawing call
-/// is ignored (false / 0). Used by one thread at a time; text drawing
-/// serialises on FtLock().
+/// is ignored (false / 0). Used by one thread at a time.
 class BitmapDevice final : public CairoDevice {
  public:
   /// A device of `width` x `height` filled with `background` (0xAARRGGBB,

@@ -18,14 +18,10 @@ struct CairoDevice::Canvas {
   CairoPtr cr;
   CairoFontOptionsPtr fontOptions;
   /// Vector output: text through faces cairo opens from the font files
-  /// (one embedded font per file), each face kept in `faces` for the
-  /// canvas's life; otherwise through the host's FT_Faces, made per call.
+  /// (one embedded font per file), each host face kept in `faces` for the
+  /// canvas's life; otherwise through the host faces' drawing faces.
   bool forDocuments = false;
-  struct KeptFace {
-    std::shared_ptr<const FaceSource> source;  // pinned: its address is the key
-    CairoFontFacePtr face;
-  };
-  mutable std::map<const FaceSource*, KeptFace> faces;
+  mutable std::map<const FaceSource*, std::shared_ptr<const FaceSource>> faces;
   mutable CairoSurfacePtr clearPixel;  // see RestateBlend in cairo_device.cpp
 
   /// A context and unhinted font options over `surface`; null when cairo

@@ -1,10 +1,5 @@
 #include "host/base/cairo_device.h"
 
-#include <cairo-ft.h>
-#include <fontconfig/fontconfig.h>
-#include <ft2build.h>
-#include FT_FREETYPE_H
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -15,7 +10,6 @@
 #include "host/base/cairo_canvas.h"
 #include "host/base/dib_device_cache.h"
 #include "host/base/font.h"
-#include "host/base/font_mgr.h"
 #include "host/base/ft_face_source.h"
 #include "host/base/memory.h"
 
@@ -170,8 +164,8 @@ void ReleaseHolder(void* holder) {
   delete static_cast<std::shared_ptr<T>*>(holder);
 }
 
-// Keeps `value` alive as long as cairo keeps `object` (a surface or a font
-// face: `set` is its user-data setter). False when memory runs out.
+// Keeps `value` alive as long as cairo keeps `object` (`set` is its
+// user-data setter). False when memory runs out.
 template <class Object, class T>
 bool KeepWith(Object* object,
               cairo_status_t (*set)(Object*, const cairo_user_data_key_t*, void*, cairo_destroy_func_t),
@@ -227,46 +221,11 @@ CairoSurfacePtr MakeSourceSurface(const Dib& dib) {
   return surface;
 }
 
-// cairo keeps font faces and scaled fonts in its caches after our last
-// reference, keyed by the FT_Face pointer, and may still use the FT_Face.
-// The FaceSource owning it is therefore attached to the cairo font face and
-// released only when cairo drops that face. cairo does so from text calls,
-// which this device makes under FtLock().
-const cairo_user_data_key_t kFaceSourceKey{};
-
-// A face cairo opens itself from the font's file, shared by every caller
-// of the same file and index: a PDF or SVG then embeds one subset per font
-// file rather than one per FT_Face. Null for a face without a file.
-CairoFontFacePtr MakeFileFontFace(const FaceSource& source) {
-  const auto* ft = dynamic_cast<const FtFaceSource*>(&source);
-  if (!ft || ft->file().empty()) return nullptr;
-  std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)> pattern(FcPatternCreate(),
-                                                                   FcPatternDestroy);
-  if (!pattern ||
-      !FcPatternAddString(pattern.get(), FC_FILE,
-                          reinterpret_cast<const FcChar8*>(ft->file().c_str())) ||
-      !FcPatternAddInteger(pattern.get(), FC_INDEX, ft->faceIndex()) ||
-      !FcPatternAddBool(pattern.get(), FC_HINTING, FcFalse) ||
-      !FcPatternAddBool(pattern.get(), FC_EMBEDDED_BITMAP, FcFalse)) {
-    return nullptr;
-  }
-  CairoFontFacePtr face(cairo_ft_font_face_create_for_pattern(pattern.get()));
-  if (cairo_font_face_status(face.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-  return face;
-}
-
-CairoFontFacePtr MakeFontFace(const std::shared_ptr<const FaceSource>& source, bool byFile) {
-  if (byFile) {
-    if (CairoFontFacePtr face = MakeFileFontFace(*source)) return face;
-  }
-  auto* ftFace = static_cast<FT_Face>(source->FtFace());
-  // Outlines only: hinting and embedded bitmaps look wrong on rotated text.
-  CairoFontFacePtr face(
-      cairo_ft_font_face_create_for_ft_face(ftFace, FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP));
-  if (cairo_font_face_status(face.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-  if (cairo_font_face_get_user_data(face.get(), &kFaceSourceKey)) return face;
-  if (!KeepWith(face.get(), cairo_font_face_set_user_data, &kFaceSourceKey, source)) return nullptr;
-  return face;
+// Serialises text through faces cairo opens from font files (vector
+// output): cairo resolves such a face on use without a lock of its own.
+std::mutex& FileFaceLock() {
+  static std::mutex mutex;
+  return mutex;
 }
 
 // Shows `count` glyphs of `font`, glyph i given by next(i) in text space
@@ -279,7 +238,7 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
                BlendMode blend, int count, Next next) {
   const std::shared_ptr<const FaceSource> source = font.face();
   cairo_matrix_t ctm;
-  if (!source || !source->FtFace() || !ToCairoMatrix(matrix, &ctm)) return 0;
+  if (!source || !source->CairoFace() || !ToCairoMatrix(matrix, &ctm)) return 0;
   // Italic the face lacks: glyphs slanted by about 11 degrees.
   cairo_matrix_t glyphSpace = fontMatrix;
   if (font.SyntheticItalic()) {
@@ -297,23 +256,24 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
   if (MaxScale(glyphScale) > kMaxGlyphScale || !(std::fabs(det) > 1e-6)) return 0;
   const bool asOutlines = MaxScale(glyphScale) > kMaxCachedGlyphScale;
 
-  std::lock_guard<std::recursive_mutex> lock(FtLock());
   cairo_t* cr = canvas.cr.get();
-  CairoFontFacePtr face;
+  cairo_font_face_t* face = source->CairoFace();
+  std::unique_lock<std::mutex> fileFaceLock;
   if (canvas.forDocuments) {
-    // One cairo face per host face for the device's life: a document
-    // embeds one font subset per cairo face.
-    CairoDevice::Canvas::KeptFace& kept = canvas.faces[source.get()];
-    if (!kept.face) kept = {source, MakeFontFace(source, true)};
-    if (kept.face) face.reset(cairo_font_face_reference(kept.face.get()));
-  } else {
-    face = MakeFontFace(source, false);
+    // Vector output draws through the file's face where there is one, and
+    // keeps the host face for the device's life: a document embeds one font
+    // subset per cairo face.
+    const auto* ft = dynamic_cast<const FtFaceSource*>(source.get());
+    if (cairo_font_face_t* fileFace = ft ? ft->CairoFileFace() : nullptr) {
+      face = fileFace;
+      fileFaceLock = std::unique_lock<std::mutex>(FileFaceLock());
+    }
+    canvas.faces.emplace(source.get(), source);
   }
-  if (!face) return 0;
   RestateBlend(canvas, blend);
   cairo_save(cr);
   cairo_set_matrix(cr, &ctm);
-  cairo_set_font_face(cr, face.get());
+  cairo_set_font_face(cr, face);
   cairo_set_font_matrix(cr, &glyphSpace);
   cairo_set_font_options(cr, canvas.fontOptions.get());
   SetColor(cr, color);

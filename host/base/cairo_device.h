@@ -13,8 +13,7 @@ namespace host {
 /// A Device over a cairo surface that a subclass makes. Colours and bitmaps
 /// come in with straight alpha and are premultiplied as they enter cairo.
 /// Once the canvas is gone (a taken bitmap, a finished document) every
-/// drawing call is ignored (false / 0). Used by one thread at a time; text
-/// drawing serialises on FtLock().
+/// drawing call is ignored (false / 0). Used by one thread at a time.
 class CairoDevice : public Device {
  public:
   ~CairoDevice() override;

@@ -7,6 +7,8 @@
 
 #include "host/base/host_export.h"
 
+struct _cairo_font_face;
+
 namespace host {
 
 class FontMgr;
@@ -75,10 +77,10 @@ class HOST_API FaceSource {
   virtual int GlyphAdvance(uint32_t glyph) const = 0;
   /// Top of the glyph above the baseline, thousandths of the font size, >= 0.
   virtual int GlyphHeight(uint32_t glyph) const = 0;
-  /// The FreeType face (FT_Face) for drawing, or null for a face that has no
-  /// outlines (a synthetic face with metrics only). The FT_Face must only be
-  /// used while holding `FtLock()`.
-  virtual void* FtFace() const { return nullptr; }
+  /// The cairo font face to draw with, kept while this face lives and safe
+  /// to draw with from several threads; null for a face that has no outlines
+  /// (a synthetic face with metrics only).
+  virtual _cairo_font_face* CairoFace() const { return nullptr; }
   /// Family and file the face was loaded from (diagnostics).
   virtual std::string Describe() const = 0;
 };

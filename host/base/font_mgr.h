@@ -67,7 +67,8 @@ class HOST_API FontMgr {
   std::unique_ptr<Impl> impl_;
 };
 
-/// Serialises use of FreeType faces (FT_Face objects are not thread-safe).
+/// Serialises making and freeing FT_Faces, which change the FreeType library
+/// they share; each face is otherwise guarded by its owner.
 HOST_API std::recursive_mutex& FtLock();
 
 }  // namespace host

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,14 @@ struct FT_LibraryRec_;
 
 namespace host {
 
-/// A FaceSource backed by FreeType. Immutable after construction; every
-/// FreeType call takes FtLock(), so all operations are thread-safe.
+/// A FaceSource backed by FreeType. Glyph lookup and metrics use an FT_Face
+/// of the host's FreeType library behind this face's own lock (making and
+/// freeing it takes FtLock()). Drawing uses cairo font faces made on first
+/// use and kept for this face's life, so that cairo never drops and remakes
+/// them while other threads draw with them: one over a second FT_Face, in a
+/// FreeType library of its own, that only cairo uses (cairo locks it while
+/// it loads glyphs), and for vector output one cairo opens from the file.
+/// All operations are thread-safe.
 class HOST_API FtFaceSource final : public FaceSource {
  public:
   /// Opens face `faceIndex` of the font file at `path`. Null when the file
@@ -34,8 +41,13 @@ class HOST_API FtFaceSource final : public FaceSource {
   uint32_t GlyphIndex(uint32_t code) const override;
   int GlyphAdvance(uint32_t glyph) const override;
   int GlyphHeight(uint32_t glyph) const override;
-  /// The FT_Face; use it only while holding FtLock().
-  void* FtFace() const override;
+  /// The drawing face; null when it cannot be made.
+  _cairo_font_face* CairoFace() const override;
+  /// A face cairo opens from the font's file itself, hinting and embedded
+  /// bitmaps off: a PDF or SVG then embeds one subset per font file. Null
+  /// for a face without a file. Its use is not thread-safe inside cairo:
+  /// callers serialise it.
+  _cairo_font_face* CairoFileFace() const;
   /// "Family Style (file#index)"; "<memory>" stands for the file of a memory face.
   std::string Describe() const override;
 
@@ -50,17 +62,24 @@ class HOST_API FtFaceSource final : public FaceSource {
   struct FaceDeleter {
     void operator()(FT_FaceRec_* face) const;
   };
-  FtFaceSource(std::shared_ptr<FT_LibraryRec_> library, std::string file, std::vector<uint8_t> bytes,
+  struct CairoFaceDeleter {
+    void operator()(_cairo_font_face* face) const;
+  };
+  using CairoFacePtr = std::unique_ptr<_cairo_font_face, CairoFaceDeleter>;
+  using Bytes = std::shared_ptr<const std::vector<uint8_t>>;
+  FtFaceSource(std::shared_ptr<FT_LibraryRec_> library, std::string file, Bytes bytes,
                int faceIndex);
   static std::shared_ptr<const FtFaceSource> Open(std::shared_ptr<FT_LibraryRec_> library,
-                                                  std::string file, std::vector<uint8_t> bytes,
-                                                  int faceIndex);
+                                                  std::string file, Bytes bytes, int faceIndex);
   int Thousandths(long fontUnits) const;
 
-  // Destroyed in reverse order: the face before its bytes, both before the library.
+  // Destroyed in reverse order: the faces before their bytes, both before the library.
   std::shared_ptr<FT_LibraryRec_> library_;
-  std::vector<uint8_t> bytes_;
-  std::unique_ptr<FT_FaceRec_, FaceDeleter> face_;
+  Bytes bytes_;  // null for a file face
+  std::unique_ptr<FT_FaceRec_, FaceDeleter> face_;  // metrics, under mutex_
+  mutable std::mutex mutex_;
+  mutable std::once_flag drawOnce_, fileOnce_;
+  mutable CairoFacePtr drawFace_, fileFace_;
   std::string file_;
   std::string family_;
   std::string style_;

@@ -5,11 +5,9 @@
 #include <cairo-svg.h>
 
 #include <cmath>
-#include <mutex>
 #include <new>
 
 #include "host/base/cairo_canvas.h"
-#include "host/base/font_mgr.h"
 
 namespace host {
 
@@ -125,11 +123,7 @@ bool VectorDevice::Play(const VectorDevice& recording) {
 bool VectorDevice::Finish() {
   if (!canvas_) return !output_->failed;
   std::unique_ptr<Canvas> canvas = std::move(canvas_);
-  {
-    // The kept faces may release host faces: FreeType calls go under FtLock.
-    std::lock_guard<std::recursive_mutex> lock(FtLock());
-    canvas->faces.clear();
-  }
+  canvas->faces.clear();
   const bool drawn = cairo_status(canvas->cr.get()) == CAIRO_STATUS_SUCCESS;
   canvas->cr.reset();
   cairo_surface_finish(canvas->surface.get());

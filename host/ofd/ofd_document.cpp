@@ -6,6 +6,7 @@
 
 #include "host/ofd/ofd_location.h"
 #include "host/ofd/ofd_page.h"
+#include "host/ofd/template_cache.h"
 #include "host/ofd/ofd_xml.h"
 
 namespace host {
@@ -31,7 +32,8 @@ ByteString Locate(const OfdPackage* package, const std::string& folder, std::str
 
 }  // namespace
 
-OfdDocument::OfdDocument() : OfdResourceContainer(this, nullptr) {}
+OfdDocument::OfdDocument()
+    : OfdResourceContainer(this, nullptr), templateCache_(std::make_unique<OfdTemplateCache>()) {}
 
 OfdDocument::~OfdDocument() = default;
 

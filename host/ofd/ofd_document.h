@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@
 namespace host {
 
 class OfdPage;
+class OfdTemplateCache;
 
 /// Where a template is drawn relative to the page's own content.
 enum class OfdZOrder : uint8_t { kBackground, kForeground };
@@ -53,6 +55,9 @@ class HOST_API OfdDocument : public OfdResourceContainer {
   /// Pictures of this document decoded by earlier renders, shared by its
   /// pages and by renders on several threads. Thread-safe.
   SharedImageCache& GetImageCache() const { return imageCache_; }
+  /// Templates of this document already parsed, shared by its pages and by
+  /// pages on several threads. Thread-safe.
+  OfdTemplateCache& GetTemplateCache() const { return *templateCache_; }
   /// Number of pages listed; 0 before loading.
   int CountPages() const { return static_cast<int>(pages_.size()); }
   /// A new page object for the page at `index`, with its page XML read but
@@ -94,6 +99,7 @@ class HOST_API OfdDocument : public OfdResourceContainer {
 
   OfdLoadError loadError_;
   mutable SharedImageCache imageCache_;
+  std::unique_ptr<OfdTemplateCache> templateCache_;
   OfdPackage* package_ = nullptr;
   bool loaded_ = false;
   std::string folder_;

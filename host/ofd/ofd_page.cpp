@@ -8,6 +8,7 @@
 #include "host/ofd/ofd_location.h"
 #include "host/ofd/ofd_xml.h"
 #include "host/ofd/page_object_parser.h"
+#include "host/ofd/template_cache.h"
 
 namespace host {
 
@@ -39,6 +40,47 @@ void LoadPageResources(const pugi::xml_node& root, const std::string& folder, Of
     container.AddResourceFile(real.empty() ? first : real);
   }
   container.FinishLoading();
+}
+
+// The templates a template file names, in order.
+std::vector<OfdParsedTemplate::Named> NamedTemplates(const pugi::xml_node& root) {
+  std::vector<OfdParsedTemplate::Named> named;
+  for (pugi::xml_node n = root.first_child(); n; n = n.next_sibling()) {
+    if (!NameIs(n, "Template")) continue;
+    OfdParsedTemplate::Named t;
+    t.id = AttrId(n, "TemplateID");
+    if (const char* z = Attr(n, "ZOrder")) t.hasZOrder = true, t.zOrder = z;
+    named.push_back(std::move(t));
+  }
+  return named;
+}
+
+bool SameBudget(const ofdparse::Budget& a, const ofdparse::Budget& b) {
+  return a.objects == b.objects && a.segments == b.segments && a.characters == b.characters;
+}
+
+// Parses the resources and content of the template file whose root is `root`,
+// taking from `budget`. The objects belong to no page: pages share them.
+std::shared_ptr<const OfdParsedTemplate> ParseTemplate(OfdDocument* document,
+                                                       const OfdTemplateEntry& entry,
+                                                       const pugi::xml_node& root,
+                                                       ofdparse::Budget& budget) {
+  auto parsed = std::make_shared<OfdParsedTemplate>();
+  parsed->named = NamedTemplates(root);
+  auto resources = std::make_shared<OfdResourceContainer>(document, document);
+  LoadPageResources(root, FolderOf(NormalizeLocation(entry.location.view())), document->GetPackage(),
+                    *resources);
+  auto content = std::make_shared<OfdPageBlock>();
+  parsed->budget = budget;
+  ofdparse::Context ctx;
+  ctx.resources = resources.get();
+  ctx.budget = &budget;
+  ofdparse::ParseContent(ofdxml::Child(root, "Content"), *content, ctx);
+  parsed->cost = {parsed->budget.objects - budget.objects, parsed->budget.segments - budget.segments,
+                  parsed->budget.characters - budget.characters};
+  parsed->resources = std::move(resources);
+  parsed->content = std::move(content);
+  return parsed;
 }
 
 }  // namespace
@@ -118,30 +160,37 @@ void OfdPage::LoadTemplate(uint32_t id, const char* zOrder, std::vector<uint32_t
   // let a few templates naming each other many times multiply without end.
   for (const OfdPageTemplate& loaded : templates_)
     if (loaded.templateId == id) return;
+  // Parsed once per document: the tree a page gets depends only on the file
+  // and on the budget left when its content is parsed, which is the same on
+  // every page that draws the same templates first.
+  OfdTemplateCache& cache = document_->GetTemplateCache();
+  std::shared_ptr<const OfdParsedTemplate> parsed = cache.Find(id);
   pugi::xml_document xml;
-  if (!LoadXml(document_->GetPackage(), entry->location, xml, "Page")) return;
-  const pugi::xml_node root = xml.document_element();
+  if (!parsed && !LoadXml(document_->GetPackage(), entry->location, xml, "Page")) return;
+  const std::vector<OfdParsedTemplate::Named> named =
+      parsed ? parsed->named : NamedTemplates(xml.document_element());
   chain.push_back(id);
   // Templates a template names go beneath it.
-  for (pugi::xml_node n = root.first_child(); n; n = n.next_sibling())
-    if (NameIs(n, "Template")) LoadTemplate(AttrId(n, "TemplateID"), Attr(n, "ZOrder"), chain, budget);
+  for (const OfdParsedTemplate::Named& n : named)
+    LoadTemplate(n.id, n.hasZOrder ? n.zOrder.c_str() : nullptr, chain, budget);
   chain.pop_back();
 
+  if (parsed && SameBudget(parsed->budget, budget)) {
+    budget.objects -= parsed->cost.objects;
+    budget.segments -= parsed->cost.segments;
+    budget.characters -= parsed->cost.characters;
+  } else {
+    if (parsed && !LoadXml(document_->GetPackage(), entry->location, xml, "Page")) return;
+    parsed = ParseTemplate(document_, *entry, xml.document_element(), budget);
+    cache.Store(id, parsed);
+  }
   OfdPageTemplate t;
   t.templateId = id;
   t.zOrder = entry->zOrder;
   if (zOrder) t.zOrder = std::string_view(zOrder) == "Foreground" ? OfdZOrder::kForeground
                                                                   : OfdZOrder::kBackground;
-  t.resources = std::make_unique<OfdResourceContainer>(document_, document_);
-  LoadPageResources(root, FolderOf(NormalizeLocation(entry->location.view())),
-                    document_->GetPackage(), *t.resources);
-  t.content = std::make_unique<OfdPageBlock>();
-  t.content->SetPage(this);
-  ofdparse::Context ctx;
-  ctx.resources = t.resources.get();
-  ctx.page = this;
-  ctx.budget = &budget;
-  ofdparse::ParseContent(ofdxml::Child(root, "Content"), *t.content, ctx);
+  t.resources = parsed->resources;
+  t.content = parsed->content;
   templates_.push_back(std::move(t));
 }
 

@@ -29,9 +29,10 @@ struct HOST_API OfdPageTemplate {
   OfdPageTemplate& operator=(OfdPageTemplate&&) noexcept;
   uint32_t templateId = 0;
   OfdZOrder zOrder = OfdZOrder::kBackground;
-  /// The template file's own PageRes (parent: the document).
-  std::unique_ptr<OfdResourceContainer> resources;
-  std::unique_ptr<OfdPageBlock> content;
+  /// The template file's own PageRes (parent: the document) and content,
+  /// shared with the document's other pages (OfdTemplateCache).
+  std::shared_ptr<const OfdResourceContainer> resources;
+  std::shared_ptr<const OfdPageBlock> content;
 };
 
 /// One page of a document, made by OfdDocument::LoadPage. Drawing order:

@@ -20,7 +20,7 @@ struct GlyphMetrics {
 
 /// A FaceSource without outlines: codes map to glyphs through the table;
 /// glyphs not in the table (including 0) have `defaultAdvance` and
-/// `defaultHeight`. FtFace() is null. Immutable, thread-safe.
+/// `defaultHeight`. CairoFace() is null. Immutable, thread-safe.
 class FixedMetricsFace : public host::FaceSource {
  public:
   explicit FixedMetricsFace(std::map<uint32_t, GlyphMetrics> byCode, int defaultAdvance = 1000,
