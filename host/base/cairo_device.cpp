@@ -118,36 +118,12 @@ bool SetPath(cairo_t* cr, const Path& path, const Matrix& m) {
   return true;
 }
 
-bool IsSourceFormat(DibFormat format) {
-  return format == kDibIndexed8 || format == kDibRgb24 || format == kDibArgb32;
+cairo_fill_rule_t CairoFillRule(FillRule rule) {
+  return rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING;
 }
 
-// Writes `dib` (formats 2, 4 and 7) as premultiplied ARGB32 rows at `data`.
-void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
-  const DibFormat format = dib.GetFormat();
-  std::array<uint32_t, 256> palette{};
-  if (format == kDibIndexed8) {
-    for (int i = 0; i < 256; ++i) palette[i] = PremultiplyArgb(dib.GetPaletteEntry(i));
-  }
-  for (int y = 0; y < dib.GetHeight(); ++y) {
-    const uint8_t* in = dib.GetScanline(y);
-    auto* out = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
-    for (int x = 0; x < dib.GetWidth(); ++x) {
-      switch (format) {
-        case kDibIndexed8:
-          out[x] = palette[in[x]];
-          break;
-        case kDibRgb24:
-          out[x] = 0xFF000000u | uint32_t{in[3 * x + 2]} << 16 | uint32_t{in[3 * x + 1]} << 8 |
-                   in[3 * x];
-          break;
-        default:
-          out[x] = PremultiplyArgb(uint32_t{in[4 * x + 3]} << 24 | uint32_t{in[4 * x + 2]} << 16 |
-                                   uint32_t{in[4 * x + 1]} << 8 | in[4 * x]);
-          break;
-      }
-    }
-  }
+bool IsSourceFormat(DibFormat format) {
+  return format == kDibIndexed8 || format == kDibRgb24 || format == kDibArgb32;
 }
 
 // Premultiplied pixels kept with a bitmap (Dib::KeepDeviceData), read-only
@@ -401,8 +377,7 @@ bool CairoDevice::OnFillPath(const Path& path, const Matrix& matrix, uint32_t co
   RestateBlend(*canvas_, blend);
   if (!SetPath(cr, path, matrix)) return false;
   cairo_save(cr);
-  cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
-                                                     : CAIRO_FILL_RULE_WINDING);
+  cairo_set_fill_rule(cr, CairoFillRule(rule));
   SetColor(cr, color);
   SetBlend(cr, blend);
   cairo_fill(cr);
@@ -459,8 +434,7 @@ void CairoDevice::OnClipPath(const Path& path, const Matrix& matrix, FillRule ru
   cairo_t* cr = canvas_->cr.get();
   // A path with a non-finite point leaves an empty path: everything is clipped.
   SetPath(cr, path, matrix);
-  cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
-                                                     : CAIRO_FILL_RULE_WINDING);
+  cairo_set_fill_rule(cr, CairoFillRule(rule));
   cairo_clip(cr);
   cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
 }
@@ -531,8 +505,7 @@ bool CairoDevice::OnFillPathGradient(const Path& path, const Matrix& matrix,
   RestateBlend(*canvas_, blend);
   if (!SetPath(cr, path, matrix)) return false;
   cairo_save(cr);
-  cairo_set_fill_rule(cr, rule == FillRule::kEvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
-                                                     : CAIRO_FILL_RULE_WINDING);
+  cairo_set_fill_rule(cr, CairoFillRule(rule));
   cairo_set_source(cr, pattern.get());
   SetBlend(cr, blend);
   cairo_fill(cr);

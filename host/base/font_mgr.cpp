@@ -10,6 +10,7 @@
 
 #include "host/base/ft_face_source.h"
 #include "host/base/memory_face_cache.h"
+#include "host/base/units.h"
 
 namespace host {
 
@@ -142,7 +143,7 @@ bool IsNonAscii(const std::string& s) {
   return std::any_of(s.begin(), s.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
 }
 
-int ClampWeight(int weight) { return weight <= 0 ? 400 : std::clamp(weight, 100, 1000); }
+int ClampWeight(int weight) { return weight <= 0 ? kFontWeightRegular : std::clamp(weight, 100, 1000); }
 
 bool HasCjk(FcPattern* m) {
   FcCharSet* cs = nullptr;
@@ -349,7 +350,7 @@ std::shared_ptr<const FaceSource> FontMgr::FindFaceForChar(uint32_t code, int we
   Impl& d = *impl_;
   std::lock_guard<std::mutex> lock(d.mu);
   if (!d.library) return nullptr;
-  weight = ClampWeight(weight) >= 600 ? 700 : 400;
+  weight = ClampWeight(weight) >= 600 ? kFontWeightBold : kFontWeightRegular;
   const auto key = std::make_tuple(code, weight, italic);
   if (auto it = d.byChar.find(key); it != d.byChar.end()) return it->second;
   std::shared_ptr<const FaceSource> face = d.ResolveChar(code, weight, italic);

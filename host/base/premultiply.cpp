@@ -1,6 +1,7 @@
 #include "host/base/premultiply.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "host/base/dib.h"
@@ -27,6 +28,33 @@ void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, D
       row[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
       row[4 * x + 2] = static_cast<uint8_t>(argb >> 16);
       row[4 * x + 3] = static_cast<uint8_t>(argb >> 24);
+    }
+  }
+}
+
+void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
+  const DibFormat format = dib.GetFormat();
+  std::array<uint32_t, 256> palette{};
+  if (format == kDibIndexed8) {
+    for (int i = 0; i < 256; ++i) palette[i] = PremultiplyArgb(dib.GetPaletteEntry(i));
+  }
+  for (int y = 0; y < dib.GetHeight(); ++y) {
+    const uint8_t* in = dib.GetScanline(y);
+    auto* out = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
+    for (int x = 0; x < dib.GetWidth(); ++x) {
+      switch (format) {
+        case kDibIndexed8:
+          out[x] = palette[in[x]];
+          break;
+        case kDibRgb24:
+          out[x] = 0xFF000000u | uint32_t{in[3 * x + 2]} << 16 | uint32_t{in[3 * x + 1]} << 8 |
+                   in[3 * x];
+          break;
+        default:
+          out[x] = PremultiplyArgb(uint32_t{in[4 * x + 3]} << 24 | uint32_t{in[4 * x + 2]} << 16 |
+                                   uint32_t{in[4 * x + 1]} << 8 | in[4 * x]);
+          break;
+      }
     }
   }
 }

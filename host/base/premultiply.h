@@ -26,4 +26,8 @@ uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background);
 /// kDibArgb32 bitmap of their size) with UnpremultiplyArgb.
 void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, Dib& out);
 
+/// Writes `dib` (indexed, RGB24 or ARGB32) as premultiplied ARGB32 rows,
+/// `stride` bytes apart, at `data`.
+void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride);
+
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/base/units.h"
 #include "host/base/wide_string.h"
 #include "host/ofd/ofd_resource.h"
 
@@ -13,8 +14,8 @@ namespace {
 
 // Normalises the weight so that near values share one entry.
 int Weight(const OfdFont* font, int weight) {
-  if (font && font->bold) return 700;
-  return weight >= 600 ? 700 : 400;
+  if (font && font->bold) return kFontWeightBold;
+  return weight >= 600 ? kFontWeightBold : kFontWeightRegular;
 }
 
 // An installed family that looks like a Latin family which is not installed
@@ -67,9 +68,9 @@ Font* FontCache::GetSystemFont(const OfdFont* font, int weight, bool italic) {
 }
 
 Font* FontCache::GetFallbackFont() {
-  const Key key{nullptr, 400, false, true};
+  const Key key{nullptr, kFontWeightRegular, false, true};
   auto it = fonts_.find(key);
-  if (it == fonts_.end()) it = fonts_.emplace(key, LoadSystem(nullptr, 400, false)).first;
+  if (it == fonts_.end()) it = fonts_.emplace(key, LoadSystem(nullptr, kFontWeightRegular, false)).first;
   return it->second.get();
 }
 
@@ -93,7 +94,7 @@ Font* FontCache::GetEmbeddedFont(const OfdFont* font) {
 }
 
 Font* FontCache::GetFontForChar(char32_t ch, int weight, bool italic) {
-  weight = weight >= 600 ? 700 : 400;
+  weight = weight >= 600 ? kFontWeightBold : kFontWeightRegular;
   const auto key = std::make_tuple(static_cast<uint32_t>(ch), weight, italic);
   auto it = byChar_.find(key);
   if (it != byChar_.end()) return it->second;
