@@ -44,23 +44,20 @@ TEST(FontTest, Font_FamilyLoadsFaceWithChineseGlyphs) {
       {U"", ""}, {nullptr, ""}};
   for (const auto& [family, expect] : cases) {
     host::Font font(nullptr);
-    ASSERT_NE(font.LoadFont(family, nullptr, 3, 400, 0), 0);
-    ASSERT_NE(font.GetFaceHandle(), nullptr);
+    ASSERT_TRUE(font.LoadFont(family, nullptr, 3, 400, 0) && font.GetFaceHandle());
     const std::string desc = font.GetFaceHandle()->Describe();
-    EXPECT_TRUE(font.GetGlyphIndex(kZhong) && font.GetGlyphIndex(kWen)) << desc;
-    EXPECT_NE(desc.find(expect), std::string::npos) << desc;
+    EXPECT_TRUE(font.GetGlyphIndex(kZhong) && font.GetGlyphIndex(kWen) && desc.find(expect) != std::string::npos)
+        << desc;
   }
 }
 
 TEST(FontMgrTest, FontMgr_LatinFamilyAsIsAndOneFacePerFile) {
   TARVIK_NEED_FONTS("DejaVu Serif");
-  auto face = Mgr().FindFace("DejaVu Serif", 400, false);
-  ASSERT_NE(face, nullptr);
+  auto face = Mgr().FindFace("DejaVu Serif", 400, false), song = Mgr().FindFace("宋体", 400, false);
+  ASSERT_TRUE(face && song);
   EXPECT_NE(face->Describe().find("DejaVu Serif"), std::string::npos) << face->Describe();
   EXPECT_EQ(face, Mgr().FindFace("dejavu serif", 400, false));
   // Different names for one file share the face.
-  auto song = Mgr().FindFace("宋体", 400, false);
-  ASSERT_NE(song, nullptr);
   for (const char* name : {"宋体", "simsun", "NSimSun"}) EXPECT_EQ(song, Mgr().FindFace(name, 400, false)) << name;
 }
 
@@ -68,10 +65,7 @@ TEST(FontMgrTest, FontMgr_WeightAndItalicPickStyledFaces) {
   TARVIK_NEED_FONTS("Noto Sans CJK SC", "DejaVu Serif");
   auto regular = FtFace("黑体", 400, false), bold = FtFace("黑体", 700, false);
   ASSERT_TRUE(regular && bold);
-  EXPECT_NE(regular, bold);
-  EXPECT_FALSE(regular->IsBold());
-  EXPECT_TRUE(bold->IsBold()) << bold->Describe();
-  EXPECT_NE(bold->GlyphIndex(kZhong), 0u);
+  EXPECT_TRUE(regular != bold && !regular->IsBold() && bold->IsBold() && bold->GlyphIndex(kZhong)) << bold->Describe();
 
   // An unknown family in bold falls back to a CJK face that is really bold.
   auto boldFallback = FtFace("No Such Family 42", 700, false);

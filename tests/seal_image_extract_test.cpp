@@ -19,9 +19,8 @@
 namespace tarvik {
 namespace {
 
-using testing_support::ScriptedPlugin;
-
 using testing_support::kSealFile;
+using testing_support::ScriptedPlugin;
 using testing_support::kSignedFile;
 using testing_support::SealDocument;
 using testing_support::SolidPng;
@@ -47,8 +46,7 @@ TEST(SealImageExtract_Order, PrimarySuccessAsksNothingElse) {
   int token = 0;
   Outcome o = Parse(*doc.Media(), plugin, 3, &token);
   ASSERT_NE(o.dib, nullptr);
-  EXPECT_EQ(o.dib->GetWidth(), 6);  // the picture's own size, not the request's
-  EXPECT_FALSE(o.isOfd);
+  EXPECT_EQ(std::make_pair(o.dib->GetWidth(), o.isOfd), std::make_pair(6, false));  // its own size, not the request's
   ASSERT_EQ(plugin.Ops(), std::vector<std::string>{"primary"});
   EXPECT_EQ(std::make_tuple(plugin.calls[0].data, plugin.calls[0].renderMode, plugin.calls[0].userData),
             std::make_tuple("SEAL-DATA", 3, static_cast<void*>(&token)));
@@ -85,45 +83,33 @@ TEST(SealImageExtract_Files, MissingOrEmptyFiles) {
     ScriptedPlugin plugin;
     plugin.secondary = {0, SolidPng(2, 2, 0xFFCC0000), "PNG"};
     Outcome o = Parse(*doc.Media(c.primary, c.secondary), plugin);
-    if (!c.asked) {
-      EXPECT_TRUE(plugin.calls.empty()) << c.name;
-      EXPECT_EQ(o.dib, nullptr) << c.name;
-      EXPECT_TRUE(o.isOfd) << c.name;  // unchanged
+    if (!c.asked) {  // the flag unchanged
+      EXPECT_TRUE(plugin.calls.empty() && !o.dib && o.isOfd) << c.name;
       continue;
     }
     ASSERT_EQ(plugin.Ops(), (std::vector<std::string>{"primary", "secondary"})) << c.name;
-    EXPECT_EQ(plugin.calls[0].data, c.primaryData) << c.name;
-    EXPECT_EQ(plugin.calls[1].data.substr(0, 6), c.secondaryData) << c.name;
-    EXPECT_NE(o.dib, nullptr) << c.name;
+    EXPECT_EQ(std::make_tuple(plugin.calls[0].data, plugin.calls[1].data.substr(0, 6), o.dib != nullptr),
+              std::make_tuple(c.primaryData, c.secondaryData, true)) << c.name;
   }
 }
 
 TEST(SealImageExtract_Results, FailedPluginBadPictureAndOfd) {
   SealDocument doc("SEAL-DATA", kSignedValue);
-  {
-    ScriptedPlugin plugin;  // every request fails
-    Outcome o = Parse(*doc.Media(), plugin);
-    EXPECT_EQ(o.dib, nullptr);
-    EXPECT_TRUE(o.isOfd);
-    EXPECT_EQ(plugin.calls.size(), 3u);
-  }
-  {
-    ScriptedPlugin plugin;  // an OFD package as the picture: the flag says so
-    plugin.primary = {0, testing_support::MinimalOfdPackage(), "ofd"};
-    bool isOfd = false;
-    std::unique_ptr<Dib> dib(ParseSealImage(doc.Media().get(), 0, &plugin, nullptr, 50, 50, 0, isOfd));
-    EXPECT_TRUE(isOfd);
-  }
-  bool isOfd = true;
-  EXPECT_EQ(ParseSealImage(doc.Media().get(), 0, nullptr, nullptr, 1, 1, 0, isOfd), nullptr);
-  host::OfdMultiMedia orphan;
+  ScriptedPlugin failing, ofd;  // every request fails; an OFD package as the picture
+  Outcome o = Parse(*doc.Media(), failing);
+  EXPECT_EQ(std::make_tuple(o.dib == nullptr, o.isOfd, failing.calls.size()), std::make_tuple(true, true, size_t{3}));
+  ofd.primary = {0, testing_support::MinimalOfdPackage(), "ofd"};
+  bool isOfd = false;
+  std::unique_ptr<Dib> dib(ParseSealImage(doc.Media().get(), 0, &ofd, nullptr, 50, 50, 0, isOfd));
+  EXPECT_TRUE(isOfd);  // the flag says so
+  host::OfdMultiMedia orphan;  // no document to read from
   orphan.PrimaryLoc = kSealFile;
   ScriptedPlugin plugin;
-  EXPECT_EQ(ParseSealImage(&orphan, 0, &plugin, nullptr, 1, 1, 0, isOfd), nullptr);
+  EXPECT_FALSE(ParseSealImage(doc.Media().get(), 0, nullptr, nullptr, 1, 1, 0, isOfd) ||
+               ParseSealImage(&orphan, 0, &plugin, nullptr, 1, 1, 0, isOfd));
   EXPECT_TRUE(plugin.calls.empty());
 }
 
-using testing_support::ScriptedPlugin;
 
 std::vector<size_t> FedSizes(const ScriptedPlugin& plugin) {
   std::vector<size_t> sizes;

@@ -60,19 +60,15 @@ TEST(TarvikCache, AddNeverReplacesABitmapAndNullEntriesFillLater) {
   Tarvik tarvik(doc.document());
   auto media = doc.Media();
 
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), nullptr));
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), nullptr);
+  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), nullptr) && !tarvik.GetCachedSealImage(media.get()));
   Dib* first = Solid(2, 2, kGreen).release();
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), first));
   auto second = Solid(3, 3, kGreen);
+  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), first));
   EXPECT_FALSE(tarvik.AddSealImageToCache(media.get(), second.get()));
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), first);
-
   tarvik.RemoveSealImageCache(doc.Media("/absent", "").get());
   EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), first);
   tarvik.RemoveSealImageCache(media.get());  // deletes `first`; a sanitizer build sees a leak or double delete
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), nullptr);
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), second.release()));
+  EXPECT_TRUE(!tarvik.GetCachedSealImage(media.get()) && tarvik.AddSealImageToCache(media.get(), second.release()));
 }
 
 // GetSealImage as the page renderer calls it.
@@ -115,12 +111,10 @@ TEST_P(TarvikAdjustments, AppliesCrossThenColourOnCopiesOnly) {
     EXPECT_EQ(std::make_pair(dib->GetPixel({0, 0}), dib->GetPixel({4, 0})), std::make_pair(a.corner, a.edge));
     ASSERT_EQ(PluginCalls(), a.cached ? 1 : paint);
     EXPECT_EQ(plugin_.calls[0].renderMode, a.renderMode);
+    // The cache keeps the seal as decoded, whatever was asked, and lends copies.
     const Dib* cached = tarvik_.GetCachedSealImage(media_.get());
     ASSERT_EQ(cached != nullptr, a.cached);
-    // The cache keeps the seal as decoded, whatever was asked, and lends copies.
-    if (cached) {
-      EXPECT_EQ(std::make_pair(cached->GetPixel({0, 0}), cached == dib.get()), std::make_pair(kGreen, false));
-    }
+    EXPECT_TRUE(!cached || (cached->GetPixel({0, 0}) == kGreen && cached != dib.get()));
   }
 }
 

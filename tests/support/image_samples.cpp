@@ -80,22 +80,17 @@ int GifAppend(GifFileType* gif, const GifByteType* data, int n) {
 
 SampleImage GradientImage(int width, int height, bool alpha) {
   SampleImage image{width, height, {}};
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const uint32_t r = x * 255 / (width - 1), g = y * 255 / (height - 1);
-      const uint32_t b = (x + y) * 255 / (width + height - 2);
-      const uint32_t a = alpha ? r : 255;
-      image.argb.push_back(a << 24 | r << 16 | g << 8 | b);
-    }
+  for (int i = 0; i < width * height; ++i) {
+    const uint32_t x = i % width, y = i / width, r = x * 255 / (width - 1), g = y * 255 / (height - 1);
+    const uint32_t b = (x + y) * 255 / (width + height - 2), a = alpha ? r : 255;
+    image.argb.push_back(a << 24 | r << 16 | g << 8 | b);
   }
   return image;
 }
 
 SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& palette) {
   SampleImage image{width, height, {}};
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) image.argb.push_back(palette[(x + 3 * y) % palette.size()]);
-  }
+  for (int i = 0; i < width * height; ++i) image.argb.push_back(palette[(i % width + 3 * (i / width)) % palette.size()]);
   return image;
 }
 
@@ -103,22 +98,19 @@ std::string MakePng(const SampleImage& image, PngKind kind, const std::vector<ui
   static const int kColorTypes[] = {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA, PNG_COLOR_TYPE_GRAY,
                                     PNG_COLOR_TYPE_PALETTE};
   PngJob job{image.width, image.height, kColorTypes[static_cast<int>(kind)], {}, {}, {}, {}};
-  bool translucent = false;
   for (uint32_t c : palette) {
     job.palette.push_back(png_color{R(c), G(c), B(c)});
     job.trns.push_back(A(c));
-    translucent |= A(c) != 255;
   }
-  if (!translucent) job.trns.clear();
+  if (std::all_of(job.trns.begin(), job.trns.end(), [](png_byte a) { return a == 255; })) job.trns.clear();
+  // Indices, or the channels R G B A from the first (G for grey) on.
+  const int first = kind == PngKind::kGrey ? 1 : 0;
+  const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
   for (uint32_t c : image.argb) {
-    if (kind == PngKind::kIndexed) {
-      job.bytes.push_back(static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin()));
-      continue;
-    }
     const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
-    const int first = kind == PngKind::kGrey ? 1 : 0;
-    const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
-    job.bytes.insert(job.bytes.end(), channels + first, channels + first + count);
+    const uint8_t index = static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin());
+    if (kind == PngKind::kIndexed) job.bytes.push_back(index);
+    else job.bytes.insert(job.bytes.end(), channels + first, channels + first + count);
   }
   return WritePng(std::move(job));
 }
@@ -211,8 +203,7 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   for (uint32_t v : {offset + stride * image.height, 0u, offset, 40u, static_cast<uint32_t>(image.width),
                      static_cast<uint32_t>(height)})
     PutU32(out, v);
-  PutU16(out, 1);
-  PutU16(out, bpp);
+  PutU32(out, 1 | static_cast<uint32_t>(bpp) << 16);  // planes, bits per pixel
   for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) PutU32(out, v);
   for (uint32_t c : palette) PutU32(out, c & 0xFFFFFF);
   for (int row = 0; row < image.height; ++row) {
