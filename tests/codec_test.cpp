@@ -60,15 +60,6 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
   EXPECT_EQ(bad, 0);
 }
 
-std::function<uint32_t(int, int)> Of(const ts::SampleImage& image) {
-  return [image](int x, int y) { return image.At(x, y); };
-}
-
-uint32_t Grey(uint32_t argb) {
-  const uint32_t g = (argb >> 8) & 0xFF;
-  return 0xFF000000u | g << 16 | g << 8 | g;
-}
-
 ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interlaced = false) {
   ts::GifFrame f{0, 0, width, height, {}, transparent, interlaced};
   for (int y = 0; y < height; ++y) {
@@ -124,7 +115,8 @@ std::vector<DecodeCase> DecodeCases() {
   const ts::SampleImage paletted = ts::PaletteImage(9, 7, kPalette);
   const ts::SampleImage translucent = ts::PaletteImage(9, 7, kTranslucentPalette);
   auto grey = [](const ts::SampleImage& im) {
-    return Made(im.width, im.height, [&](int x, int y) { return Grey(im.At(x, y)); });
+    // The green channel as an opaque grey.
+    return Made(im.width, im.height, [&](int x, int y) { return 0xFF000000u | (im.At(x, y) >> 8 & 0xFF) * 0x010101u; });
   };
   const ts::SampleImage gifTransparent =
       Made(9, 7, [&](int x, int y) { return (x + 3 * y) % 4 == 2 ? 0u : paletted.At(x, y); });
@@ -167,8 +159,6 @@ std::vector<DecodeCase> DecodeCases() {
   };
 }
 
-void PrintTo(const DecodeCase& c, std::ostream* os) { *os << c.name; }
-
 class CodecDecodeTest : public testing::TestWithParam<DecodeCase> {};
 
 TEST_P(CodecDecodeTest, Decode_FormatSizeAndPixels) {
@@ -181,7 +171,7 @@ TEST_P(CodecDecodeTest, Decode_FormatSizeAndPixels) {
   ASSERT_TRUE(dib);
   EXPECT_EQ(dib->GetFormat(), c.dibFormat);
   ASSERT_EQ(std::make_pair(dib->GetWidth(), dib->GetHeight()), std::make_pair(c.expected.width, c.expected.height));
-  ExpectPixels(*dib, Of(c.expected), c.tolerance);
+  ExpectPixels(*dib, [&](int x, int y) { return c.expected.At(x, y); }, c.tolerance);
 }
 
 INSTANTIATE_TEST_SUITE_P(Codec, CodecDecodeTest, testing::ValuesIn(DecodeCases()),

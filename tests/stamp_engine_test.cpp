@@ -61,15 +61,15 @@ TEST_F(StampEngine, LayoutKindSelectsTheEngine) {
   std::tie(param.text, param.fontSize, param.widthPercent) = std::tuple(U"ABAB", 20u, 50u);
   for (uint32_t kind : {0u, 1u, 2u, 3u, 200u, 0xFFFFFFFFu}) {
     const bool round = kind == 1 || kind == 2;
-    EXPECT_EQ(dynamic_cast<ImageEngine_Round*>(MakeImageEngine(kind).get()) != nullptr, round);
     param.layoutKind = kind;
     RecordingDevice device(200, 200);
     EXPECT_TRUE(AddStampOnDevice(&device, param));
     const std::vector<DeviceCall> calls = device.Of(DeviceCall::kDrawText);
     ASSERT_EQ(calls.size(), round ? 4u : 1u) << kind;
     // The line sizes itself: 100 px / 4.
-    EXPECT_EQ(std::make_tuple(calls[0].codes, calls[0].fontSize, calls[0].face),
-              std::make_tuple(std::u32string(round ? U"A" : U"ABAB"), round ? 20.0f : 25.0f, face.get()));
+    EXPECT_EQ(std::make_tuple(calls[0].codes, calls[0].fontSize, calls[0].face,
+                              dynamic_cast<ImageEngine_Round*>(MakeImageEngine(kind).get()) != nullptr),
+              std::make_tuple(std::u32string(round ? U"A" : U"ABAB"), round ? 20.0f : 25.0f, face.get(), round));
   }
 }
 

@@ -81,8 +81,6 @@ class TarvikSealImage : public ::testing::Test {
     SealImageRequest request{&plugin_, nullptr, &image, nullptr, &tarvik_};
     return std::unique_ptr<Dib>(Tarvik::GetSealImage(media_.get(), Size(8, 8), &request));
   }
-  int PluginCalls() const { return static_cast<int>(plugin_.calls.size()); }
-
   SealDocument doc_;
   Tarvik tarvik_;
   std::unique_ptr<host::OfdMultiMedia> media_;
@@ -109,7 +107,7 @@ TEST_P(TarvikAdjustments, AppliesCrossThenColourOnCopiesOnly) {
     std::unique_ptr<Dib> dib = Get(image);
     ASSERT_TRUE(dib);
     EXPECT_EQ(std::make_pair(dib->GetPixel({0, 0}), dib->GetPixel({4, 0})), std::make_pair(a.corner, a.edge));
-    ASSERT_EQ(PluginCalls(), a.cached ? 1 : paint);
+    ASSERT_EQ(static_cast<int>(plugin_.calls.size()), a.cached ? 1 : paint);
     EXPECT_EQ(plugin_.calls[0].renderMode, a.renderMode);
     // The cache keeps the seal as decoded, whatever was asked, and lends copies.
     const Dib* cached = tarvik_.GetCachedSealImage(media_.get());
