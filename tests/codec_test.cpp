@@ -4,7 +4,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -58,15 +60,6 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
   EXPECT_EQ(bad, 0);
 }
 
-std::function<uint32_t(int, int)> Of(const ts::SampleImage& image) {
-  return [image](int x, int y) { return image.At(x, y); };
-}
-
-uint32_t Grey(uint32_t argb) {
-  const uint32_t g = (argb >> 8) & 0xFF;
-  return 0xFF000000u | g << 16 | g << 8 | g;
-}
-
 ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interlaced = false) {
   ts::GifFrame f{0, 0, width, height, {}, transparent, interlaced};
   for (int y = 0; y < height; ++y) {
@@ -82,7 +75,15 @@ std::string Patch(std::string s, size_t offset, const std::string& bytes) {
 
 std::string Be16(int v) { return {static_cast<char>(v >> 8), static_cast<char>(v & 0xFF)}; }
 std::string Le16(int v) { return {static_cast<char>(v & 0xFF), static_cast<char>(v >> 8)}; }
+std::string Be32(uint32_t v) { return Be16(static_cast<int>(v >> 16)) + Be16(static_cast<int>(v & 0xFFFF)); }
 std::string Le32(uint32_t v) { return Le16(static_cast<int>(v & 0xFFFF)) + Le16(static_cast<int>(v >> 16)); }
+
+// A 16 x 16 JBIG2 page, black with a white square at (2, 2) to (10, 10); its
+// page size is at byte 24.
+std::string Jbig2Page() {
+  std::ifstream in(std::string(TARVIK_SOURCE_DIR) + "/fuzz/corpus/parse_seal_image/page.jb2", std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
 
 // An 8-bit run-length BMP of a 4 x 2 picture: the bottom row a run of index
 // 1, the top row the literal indices 0 to 3, then the end-of-bitmap marker.
@@ -114,7 +115,8 @@ std::vector<DecodeCase> DecodeCases() {
   const ts::SampleImage paletted = ts::PaletteImage(9, 7, kPalette);
   const ts::SampleImage translucent = ts::PaletteImage(9, 7, kTranslucentPalette);
   auto grey = [](const ts::SampleImage& im) {
-    return Made(im.width, im.height, [&](int x, int y) { return Grey(im.At(x, y)); });
+    // The green channel as an opaque grey.
+    return Made(im.width, im.height, [&](int x, int y) { return 0xFF000000u | (im.At(x, y) >> 8 & 0xFF) * 0x010101u; });
   };
   const ts::SampleImage gifTransparent =
       Made(9, 7, [&](int x, int y) { return (x + 3 * y) % 4 == 2 ? 0u : paletted.At(x, y); });
@@ -122,8 +124,8 @@ std::vector<DecodeCase> DecodeCases() {
     return x >= 2 && x < 7 && y >= 1 && y < 4 ? paletted.At(x - 2, y - 1) : 0u;
   });
   const ts::SampleImage rle = Made(4, 2, [](int x, int y) { return kPalette[y == 1 ? 1 : x]; });
-  const ts::SampleImage jbig2 = Made(16, 4, [](int x, int y) {
-    return x >= 4 && x < 12 && y >= 1 && y < 3 ? 0xFFFFFFFFu : 0xFF000000u;
+  const ts::SampleImage jbig2 = Made(16, 16, [](int x, int y) {
+    return x >= 2 && x < 10 && y >= 2 && y < 10 ? 0xFFFFFFFFu : 0xFF000000u;
   });
   ts::GifFrame inside = FullFrame(5, 3);
   inside.left = 2;
@@ -132,14 +134,11 @@ std::vector<DecodeCase> DecodeCases() {
   return {
       {"PngRgb", [=] { return ts::MakePng(rgb, kRgb); }, kImagePng, kDibRgb24, rgb, 0},
       {"PngRgba", [=] { return ts::MakePng(rgba, kRgba); }, kImagePng, kDibArgb32, rgba, 0},
-      {"Png16Bit", [=] { return ts::MakePng(rgba, kRgba, 16); }, kImagePng, kDibArgb32, rgba, 0},
-      {"PngInterlaced", [=] { return ts::MakePng(rgb, kRgb, 8, true); }, kImagePng, kDibRgb24, rgb, 0},
-      {"PngPalette", [=] { return ts::MakePng(paletted, kIndexed, 8, false, kPalette); }, kImagePng,
+      {"PngPalette", [=] { return ts::MakePng(paletted, kIndexed, kPalette); }, kImagePng,
        kDibIndexed8, paletted, 0},
-      {"PngPaletteTrns", [=] { return ts::MakePng(translucent, kIndexed, 8, false, kTranslucentPalette); },
+      {"PngPaletteTrns", [=] { return ts::MakePng(translucent, kIndexed, kTranslucentPalette); },
        kImagePng, kDibArgb32, translucent, 0},
       {"PngGrey", [=] { return ts::MakePng(rgb, kGrey); }, kImagePng, kDibIndexed8, grey(rgb), 0},
-      {"PngGrey16", [=] { return ts::MakePng(rgb, kGrey, 16); }, kImagePng, kDibIndexed8, grey(rgb), 0},
       {"JpegRgb", [=] { return ts::MakeJpeg(big, false); }, kImageJpeg, kDibRgb24, big, 12},
       {"JpegGrey", [=] { return ts::MakeJpeg(big, true); }, kImageJpeg, kDibIndexed8, grey(big), 6},
       {"GifOpaque", [] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7)}); }, kImageGif, kDibIndexed8,
@@ -151,20 +150,14 @@ std::vector<DecodeCase> DecodeCases() {
       {"GifFrameInsideScreen", [=] { return ts::MakeGif(9, 7, kPalette, {inside}); }, kImageGif, kDibArgb32,
        gifInside, 0},
       {"Bmp24BottomUp", [=] { return ts::MakeBmp(rgb, 24, false); }, kImageBmp, kDibRgb24, rgb, 0},
-      {"Bmp24TopDown", [=] { return ts::MakeBmp(rgb, 24, true); }, kImageBmp, kDibRgb24, rgb, 0},
       {"Bmp32", [=] { return ts::MakeBmp(rgb, 32, false); }, kImageBmp, kDibRgb24, rgb, 0},
-      {"Bmp8BottomUp", [=] { return ts::MakeBmp(paletted, 8, false, kPalette); }, kImageBmp, kDibIndexed8,
-       paletted, 0},
       {"Bmp8TopDown", [=] { return ts::MakeBmp(paletted, 8, true, kPalette); }, kImageBmp, kDibIndexed8,
        paletted, 0},
       {"Bmp8RunLength", RleBmp, kImageBmp, kDibIndexed8, rle, 0},
-      {"TiffRgb", [=] { return ts::MakeTiff({rgb}, false); }, kImageTiff, kDibRgb24, rgb, 0},
       {"TiffRgba", [=] { return ts::MakeTiff({rgba}, true); }, kImageTiff, kDibArgb32, rgba, 1},
-      {"Jbig2", [] { return ts::MakeJbig2(16, 4, 4, 1, 8, 2); }, kImageJbig2, kDibIndexed8, jbig2, 0},
+      {"Jbig2", Jbig2Page, kImageJbig2, kDibIndexed8, jbig2, 0},
   };
 }
-
-void PrintTo(const DecodeCase& c, std::ostream* os) { *os << c.name; }
 
 class CodecDecodeTest : public testing::TestWithParam<DecodeCase> {};
 
@@ -177,13 +170,8 @@ TEST_P(CodecDecodeTest, Decode_FormatSizeAndPixels) {
   std::unique_ptr<Dib> dib = DecodeImage(reader.get());
   ASSERT_TRUE(dib);
   EXPECT_EQ(dib->GetFormat(), c.dibFormat);
-  ASSERT_EQ(dib->GetWidth(), c.expected.width);
-  ASSERT_EQ(dib->GetHeight(), c.expected.height);
-  ExpectPixels(*dib, Of(c.expected), c.tolerance);
-  // Forcing the right format gives the same; the decoders keep no state.
-  std::unique_ptr<Dib> again = Load(bytes, c.format);
-  ASSERT_TRUE(again);
-  ExpectPixels(*again, [&](int x, int y) { return dib->GetPixel(Point(x, y)); }, 0);
+  ASSERT_EQ(std::make_pair(dib->GetWidth(), dib->GetHeight()), std::make_pair(c.expected.width, c.expected.height));
+  ExpectPixels(*dib, [&](int x, int y) { return c.expected.At(x, y); }, c.tolerance);
 }
 
 INSTANTIATE_TEST_SUITE_P(Codec, CodecDecodeTest, testing::ValuesIn(DecodeCases()),
@@ -191,20 +179,16 @@ INSTANTIATE_TEST_SUITE_P(Codec, CodecDecodeTest, testing::ValuesIn(DecodeCases()
 
 TEST(Codec_Sniff, MagicBytesAndPosition) {
   const std::pair<std::string, ImageFormat> cases[] = {
-      {"BM", kImageBmp},          {std::string("\xFF\xD8\xFF\xE0", 4), kImageJpeg},
-      {"GIF87a", kImageGif},      {std::string("\xFF\xD8\x00", 3), kImageUnknown},
-      {"GIF89a", kImageGif},      {"\x89PNG\r\n\x1a\n", kImagePng},
-      {"GIF90a", kImageUnknown},  {"\x89PNG\r\n\x1a", kImageUnknown},
-      {"PK\x03\x04", kImageUnknown}, {std::string("II*\0", 4), kImageTiff},
-      {"", kImageUnknown},        {std::string("MM\0*", 4), kImageTiff},
-      {"B", kImageUnknown},       {std::string("MM*\0", 4), kImageUnknown},
-      {"\x97JB2\r\n\x1a\n", kImageJbig2},
+      {"BM", kImageBmp}, {std::string("\xFF\xD8\xFF\xE0", 4), kImageJpeg}, {"GIF87a", kImageGif},
+      {std::string("\xFF\xD8\x00", 3), kImageUnknown}, {"GIF90a", kImageUnknown}, {"\x89PNG\r\n\x1a\n", kImagePng},
+      {"\x89PNG\r\n\x1a", kImageUnknown}, {std::string("II*\0", 4), kImageTiff}, {"", kImageUnknown},
+      {std::string("MM\0*", 4), kImageTiff}, {"B", kImageUnknown}, {"\x97JB2\r\n\x1a\n", kImageJbig2},
   };
   for (const auto& [bytes, format] : cases) {
     StreamReaderPtr reader = Reader(bytes);
     if (bytes.size() > 1) reader->SetPosition(1);
-    EXPECT_EQ(GetImageFormat(reader.get()), format) << bytes;
-    EXPECT_EQ(reader->GetPosition(), bytes.size() > 1 ? 1u : 0u);
+    EXPECT_EQ(std::make_pair(GetImageFormat(reader.get()), reader->GetPosition()),
+              std::make_pair(format, uint64_t{bytes.size() > 1 ? 1u : 0u})) << bytes;
   }
   EXPECT_EQ(GetImageFormat(nullptr), kImageUnknown);
 }
@@ -214,23 +198,18 @@ TEST(Codec_Sniff, MagicBytesAndPosition) {
 TEST(Codec_PngEncode, RoundTripsThroughMemoryAndFiles) {
   const ts::SampleImage image = ts::GradientImage(13, 11, true);
   const struct { DibFormat format; bool opaque; DibFormat fromMemory, fromFile; } cases[] = {
-               {kDibIndexed8, false, kDibArgb32, kDibArgb32},
-               {kDibRgb24, true, kDibRgb24, kDibRgb24},
-               {kDibArgb32, false, kDibArgb32, kDibArgb32},
-               {kDibArgb32, true, kDibArgb32, kDibRgb24}};
+      {kDibIndexed8, false, kDibArgb32, kDibArgb32}, {kDibRgb24, true, kDibRgb24, kDibRgb24},
+      {kDibArgb32, false, kDibArgb32, kDibArgb32}, {kDibArgb32, true, kDibArgb32, kDibRgb24}};
   const std::string path = ::testing::TempDir() + "codec_round_trip.png";
   for (const auto& c : cases) {
     std::unique_ptr<Dib> dib = Dib::Create(13, 11, c.format);
     if (c.format == kDibIndexed8) dib->SetPalette(kTranslucentPalette.data(), 4);
-    for (int y = 0; y < 11; ++y) {
-      for (int x = 0; x < 13; ++x) {
-        const uint32_t argb = c.format == kDibIndexed8 ? kTranslucentPalette[(x + y) % 4] : image.At(x, y);
-        dib->SetPixel(Point(x, y), c.opaque ? argb | 0xFF000000u : argb);
-      }
+    for (int i = 0; i < 13 * 11; ++i) {
+      const uint32_t argb = c.format == kDibIndexed8 ? kTranslucentPalette[i % 4] : image.argb[i];
+      dib->SetPixel(Point(i % 13, i / 13), c.opaque ? argb | 0xFF000000u : argb);
     }
     std::string png;
-    ASSERT_TRUE(EncodePng(*dib, png));
-    ASSERT_TRUE(WritePng(*dib, path.c_str()));
+    ASSERT_TRUE(EncodePng(*dib, png) && WritePng(*dib, path.c_str()));
     StreamReaderPtr file(StreamReader::CreateFileStreamReader(path.c_str()));
     ASSERT_TRUE(file);  // read back by a reader without a buffer
     const std::unique_ptr<Dib> back[] = {Load(png), DecodeImage(file.get())};
@@ -255,16 +234,14 @@ TEST(Codec_Options, ClipImageSizeAndFrame) {
             std::make_tuple(16, 12, 6, 6));
   ExpectPixels(*dib, [&](int x, int y) { return image.At(x + 4, y + 3); }, 0);
 
-  const Rect overhang(12, 10, 40, 40);
+  const Rect overhang(12, 10, 40, 40), outside(20, 20, 30, 30);
   dib = Load(png, kImageUnknown, nullptr, &overhang);
-  ASSERT_TRUE(dib);
-  EXPECT_EQ(std::make_pair(dib->GetWidth(), dib->GetHeight()), std::make_pair(4, 2));
+  EXPECT_TRUE(dib && dib->GetWidth() == 4 && dib->GetHeight() == 2);
   size = Size(-1, -1);
-  const Rect outside(20, 20, 30, 30);
   EXPECT_FALSE(Load(png, kImageUnknown, &size, &outside));
   EXPECT_EQ(size.width, -1);  // untouched on failure
 
-  // GIF frames compose; TIFF frames are directories; other formats have one.
+  // GIF frames compose; PNG has one.
   ts::GifFrame patch{3, 2, 2, 2, {3, 3, 3, 3}, -1, false};
   const std::string gif = ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7), patch});
   const ts::SampleImage first = ts::PaletteImage(9, 7, kPalette);
@@ -274,86 +251,50 @@ TEST(Codec_Options, ClipImageSizeAndFrame) {
   ExpectPixels(*dib, [&](int x, int y) {
     return x >= 3 && x < 5 && y >= 2 && y < 4 ? kPalette[3] : first.At(x, y);
   }, 0);
-  const ts::SampleImage second = ts::GradientImage(5, 4, true);
-  const std::string tiff = ts::MakeTiff({image, second}, true);
-  dib = Load(tiff, kImageUnknown, &size, nullptr, &frame);
-  ASSERT_TRUE(dib);
-  EXPECT_EQ(size.width, 5);
-  ExpectPixels(*dib, Of(second), 1);
-  for (int bad : {2, -1}) {
-    frame = bad;
-    EXPECT_FALSE(Load(gif, kImageUnknown, nullptr, nullptr, &frame)) << bad;
-    EXPECT_FALSE(Load(tiff, kImageUnknown, nullptr, nullptr, &frame)) << bad;
-  }
-  frame = 1;
+  int bad[] = {2, -1};
+  EXPECT_FALSE(Load(gif, kImageUnknown, nullptr, nullptr, &bad[0]) || Load(gif, kImageUnknown, nullptr, nullptr, &bad[1]));
   EXPECT_FALSE(Load(png, kImageUnknown, nullptr, nullptr, &frame));
 }
 
 TEST(Codec_BadInput, NullWithoutPrinting) {
   const ts::SampleImage rgb = ts::GradientImage(24, 20, false);
-  const ts::SampleImage paletted = ts::PaletteImage(24, 20, kPalette);
-  const std::string png = ts::MakePng(rgb, ts::PngKind::kRgb);
-  const std::string jpeg = ts::MakeJpeg(rgb, false);
-  const std::string progressive = ts::MakeJpeg(rgb, false, true);
-  const std::string gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)});
-  const std::string bmp = ts::MakeBmp(rgb, 24, false);
-  const std::string bmp8 = ts::MakeBmp(paletted, 8, true, kPalette);
-  const std::string tiff = ts::MakeTiff({rgb}, false);
-  const std::string jbig2 = ts::MakeJbig2(16, 4, 4, 1, 8, 2);
-  const size_t sof = jpeg.find("\xFF\xC0");
-  const size_t gifImage = gif.find(',', 13 + 3 * 4);
-  ASSERT_NE(sof, std::string::npos);
-  ASSERT_NE(gifImage, std::string::npos);
+  const std::string png = ts::MakePng(rgb, ts::PngKind::kRgb), jpeg = ts::MakeJpeg(rgb, false),
+                    gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)}), bmp = ts::MakeBmp(rgb, 24, false),
+                    bmp8 = ts::MakeBmp(ts::PaletteImage(24, 20, kPalette), 8, true, kPalette),
+                    tiff = ts::MakeTiff({rgb}, false), jbig2 = Jbig2Page();
+  const size_t sof = jpeg.find("\xFF\xC0"), gifImage = gif.find(',', 13 + 3 * 4);
+  ASSERT_TRUE(sof != std::string::npos && gifImage != std::string::npos);
 
   std::vector<std::pair<std::string, std::string>> cases = {
       {"empty", ""},
       {"png zero width", ts::WithPngSize(png, 0, 20)},
       {"png 100000 square", ts::WithPngSize(png, 100000, 100000)},
       {"png too many pixels", ts::WithPngSize(png, 16384, 16384)},
-      {"png header checksum", Patch(png, 17, "\x7f")},
-      {"png data checksum", Patch(png, png.size() - 20, "\x55\xAA")},
       {"jpeg zero height", Patch(jpeg, sof + 5, Be16(0))},
       {"jpeg 60000 square", Patch(jpeg, sof + 5, Be16(60000) + Be16(60000))},
-      {"jpeg 12-bit", Patch(jpeg, sof + 4, "\x0C")},
       {"gif huge screen", Patch(gif, 6, Le16(65535) + Le16(65535))},
       {"gif zero-width frame", Patch(gif, gifImage + 5, Le16(0))},
-      {"gif bad code size", Patch(gif, gifImage + 10, "\x0F")},
       {"bmp 7 bpp", Patch(bmp, 28, Le16(7))},
       {"bmp zero width", Patch(bmp, 18, Le32(0))},
       {"bmp 100000 high", Patch(bmp, 22, Le32(100000))},
       {"bmp pixels past end", Patch(bmp, 10, Le32(0x7FFFFFF0))},
       {"bmp header past end", Patch(bmp, 14, Le32(0x10000))},
       {"bmp top-down run-length", Patch(bmp8, 30, Le32(1))},
-      {"tiff directory past end", Patch(tiff, 4, Le32(0xFFFFFF00))},
-      {"jbig2 huge page", ts::MakeJbig2(100000, 100000, 0, 0, 8, 2)},
-      {"jbig2 zero page", ts::MakeJbig2(0, 0, 0, 0, 8, 2)},
+      {"jbig2 huge page", Patch(jbig2, 24, Be32(100000) + Be32(100000))},
+      {"jbig2 zero page", Patch(jbig2, 24, Be32(0) + Be32(0))},
       {"bmp run-length without end", RleBmp().substr(0, RleBmp().size() - 2)},
       {"garbage", std::string(64, '\x5A')},
   };
-  int index = 0;
-  for (const std::string& sample : {png, jpeg, progressive, gif, bmp, bmp8, tiff, jbig2}) {
-    ++index;
-    for (size_t cut : {size_t{1}, size_t{7}, sample.size() / 4, sample.size() / 2, sample.size() * 3 / 4,
-                       sample.size() - 14}) {
-      cases.emplace_back("sample " + std::to_string(index) + " cut at " + std::to_string(cut), sample.substr(0, cut));
-    }
-  }
-  // A format forced on another's bytes.
-  const std::string samples[] = {bmp, jpeg, png, gif, tiff, jbig2};
-  for (int forced = kImageBmp; forced <= kImageJbig2; ++forced) {
-    for (int actual = 0; actual < 6; ++actual) {
-      if (actual + 1 == forced) continue;
-      testing::internal::CaptureStderr();
-      EXPECT_FALSE(Load(samples[actual], static_cast<ImageFormat>(forced))) << forced << " on " << actual + 1;
-      EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    }
+  for (const std::string& sample : {png, jpeg, gif, bmp, bmp8, tiff, jbig2}) {
+    for (size_t cut : {size_t{7}, sample.size() / 2, sample.size() - 14})
+      cases.emplace_back(sample.substr(0, 4) + " cut at " + std::to_string(cut), sample.substr(0, cut));
   }
   for (const auto& [name, bytes] : cases) {
     testing::internal::CaptureStderr();
     Size size(-1, -1);
     EXPECT_FALSE(Load(bytes, kImageUnknown, &size)) << name;
-    EXPECT_EQ(size.width, -1) << name;
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << name;
+    EXPECT_EQ(std::make_pair(size.width, testing::internal::GetCapturedStderr()), std::make_pair(-1, std::string()))
+        << name;
   }
   EXPECT_FALSE(LoadBitmapFromStream(nullptr, kImageUnknown, nullptr, nullptr, nullptr));
 }

@@ -1,8 +1,7 @@
 // Seal text with a face of fixed metrics: the layout GetSealImageTextRect
 // reports (the straight run's band and character positions, the ellipse
 // placement against independently derived ellipse geometry, what the caller's
-// list keeps) and what DrawSealText asks of a recording device; and two
-// pictures with a real CJK font.
+// list keeps) and what DrawSealText asks of a recording device.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -16,11 +15,9 @@
 #include <vector>
 
 #include "host/base/app_context.h"
-#include "host/base/device.h"
 #include "host/ofd/ofd_annotation.h"
 #include "support/fixed_metrics_face.h"
 #include "support/recording_device.h"
-#include "support/render_compare.h"
 #include "tarvik/tarvik.h"
 #include "text/draw_seal_text.h"
 #include "text/seal_text_layout.h"
@@ -92,19 +89,19 @@ class SealText : public ::testing::Test {
   RecordingDevice device;
 };
 
-TEST_F(SealText, StraightBandAndStartForEveryAlignment) {
-  // "AB": width 10.16 + 15.24 = 25.4, tallest glyph 12.7; rectangle 100 x 60.
-  const struct { uint32_t h, v; int32_t outside; float x, y0, y1; } cases[] = {
-      {0, 0, 0, 10.0f, 20.0f, 33.7f},   {1, 0, 1, 84.6f, 6.3f, 20.0f},
-      {2, 1, 0, 47.3f, 66.3f, 80.0f},   {9, 1, 1, 47.3f, 80.0f, 93.7f},
-      {0, 2, 0, 10.0f, 56.35f, 42.65f}, {1, 2, 7, 84.6f, 56.35f, 42.65f},
-      {2, 5, 0, 47.3f, 0.0f, 0.0f},     {2, 5, 1, 47.3f, 0.0f, 0.0f},
+// The reported band and character positions, and the drawn run's start and
+// baseline, for each alignment: "AB" is 25.4 wide and at most 12.7 high, in a
+// 100 x 60 rectangle.
+TEST_F(SealText, StraightBandStartAndBaselineForEveryAlignment) {
+  const struct { uint32_t h, v; int32_t outside; float x, y0, y1, baseline; bool heightsAsked; } cases[] = {
+      {0, 0, 0, 10.0f, 20.0f, 33.7f, 32.7f, true},     {1, 0, 1, 84.6f, 6.3f, 20.0f, 20.0f, false},
+      {2, 1, 0, 47.3f, 66.3f, 80.0f, 80.0f, false},    {9, 1, 1, 47.3f, 80.0f, 93.7f, 92.7f, true},
+      {0, 2, 0, 10.0f, 56.35f, 42.65f, 56.35f, true},  {1, 2, 7, 84.6f, 56.35f, 42.65f, 56.35f, true},
+      {2, 4, 1, 47.3f, 0.0f, 0.0f, 92.7f, true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << "h=" << c.h << " v=" << c.v << " outside=" << c.outside);
-    param.horizontalAlign = c.h;
-    param.verticalAlign = c.v;
-    param.outside = c.outside;
+    std::tie(param.horizontalAlign, param.verticalAlign, param.outside) = std::tuple(c.h, c.v, c.outside);
     param.angle = 30;  // never applied to reported rectangles
     out.clear();
     ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
@@ -113,20 +110,27 @@ TEST_F(SealText, StraightBandAndStartForEveryAlignment) {
     EXPECT_TRUE(t.matrix.IsIdentity());
     ASSERT_EQ(t.chars.size(), 2u);
     EXPECT_EQ(t.chars[0].character, U'A');
-    ExpectNear({t.rect.left, t.rect.right, t.rect.top, t.rect.bottom, t.chars[0].x, t.chars[1].x},
-               {c.x, c.x + 25.4, c.y0, c.y1, c.x, c.x + 10.16});
-    for (const auto& ch : t.chars) EXPECT_EQ(ch.y, t.rect.top);
+    ExpectNear({t.rect.left, t.rect.right, t.rect.top, t.rect.bottom, t.chars[0].x, t.chars[1].x, t.chars[1].y},
+               {c.x, c.x + 25.4, c.y0, c.y1, c.x, c.x + 10.16, c.y0});
+    device.Clear();
+    face->heightCalls = 0;
+    param.angle = 0;
+    DrawSealText(&device, box, Matrix(), param);
+    ASSERT_EQ(device.Names(), std::vector<std::string>{"text"});
+    const DeviceCall& call = device.calls()[0];
+    EXPECT_EQ(std::make_tuple(call.codes, call.color, call.fontSize),
+              std::make_tuple(std::u32string(U"AB"), 0x80123456u, 25.4f));
+    ExpectMaps(call.matrix, Matrix(1, 0, 0, 1, c.x, c.baseline), "placement");
+    EXPECT_EQ(face->heightCalls > 0, c.heightsAsked);
   }
 }
 
 TEST_F(SealText, StraightGlyphlessCharacterHasEntryButNoWidth) {
-  param.text = U"A?B";
-  param.horizontalAlign = 1;
+  std::tie(param.text, param.horizontalAlign) = std::tuple(U"A?B", 1u);
   seal.Boundary = GRect(10, 20, 20, 80);  // narrower than the text: overhangs left
   ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
   const TextObject& t = out[0];
-  ASSERT_EQ(t.chars.size(), 3u);
-  EXPECT_EQ(t.chars[1].character, U'?');
+  ASSERT_TRUE(t.chars.size() == 3 && t.chars[1].character == U'?');
   ExpectNear({t.rect.left, t.rect.right, t.chars[1].x, t.chars[2].x}, {-5.4, 20, -5.4 + 10.16, -5.4 + 10.16});
 }
 
@@ -136,28 +140,24 @@ TEST_F(SealText, HeightCountsOnlyMoreThanATenthAboveTheMaximum) {
       {{40, 43}, 40}, {{40, 43, 46}, 46}, {{46, 40}, 46}, {{3}, 0}, {{4}, 4}, {{3, 7}, 7}};
   for (const auto& c : cases) {
     std::map<uint32_t, GlyphMetrics> glyphs;
-    std::u32string s;
-    for (size_t i = 0; i < c.heights.size(); ++i) {
-      glyphs[U'a' + i] = {static_cast<uint32_t>(i + 1), 500, c.heights[i]};
-      s.push_back(static_cast<char32_t>(U'a' + i));
-    }
+    for (size_t i = 0; i < c.heights.size(); ++i) glyphs[U'a' + i] = {static_cast<uint32_t>(i + 1), 500, c.heights[i]};
     testing_support::FixedMetricsFont font(glyphs);
-    const SealTextMeasure m = MeasureSealText(font, s, kSize, true);
-    EXPECT_NEAR(m.maxHeight, c.expect * 25.4 / 1000, 1e-5) << c.heights.size();
-    EXPECT_EQ(MeasureSealText(font, s, kSize, false).maxHeight, 0.0f);
+    const std::u32string s = std::u32string(U"abc").substr(0, c.heights.size());
+    ExpectNear({MeasureSealText(font, s, kSize, true).maxHeight, MeasureSealText(font, s, kSize, false).maxHeight},
+               {c.expect * 25.4 / 1000, 0}, 1e-5);
   }
 }
 
+// Records are appended after the caller's; a kind with no placement gives
+// one empty record per character.
 TEST_F(SealText, RecordsAreAppendedAfterEarlierOnes) {
   out.assign(1, TextObject{GRect(1, 2, 3, 4), Matrix(2, 0, 0, 2, 0, 0), {{U'z', 5, 6}}});
   ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
-  param.layoutKind = 3;
-  param.text = U"AB中?AB";
+  std::tie(param.layoutKind, param.text) = std::tuple(3u, U"AB中?AB");
   ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
   ASSERT_EQ(out.size(), 1u + 1u + 6u);
-  EXPECT_EQ(out[0].rect, GRect(1, 2, 3, 4));
-  EXPECT_EQ(out[0].matrix, Matrix(2, 0, 0, 2, 0, 0));
-  EXPECT_EQ(out[1].chars.size(), 2u);
+  EXPECT_EQ(std::make_tuple(out[0].rect, out[0].matrix, out[1].chars.size()),
+            std::make_tuple(GRect(1, 2, 3, 4), Matrix(2, 0, 0, 2, 0, 0), size_t{2}));
   for (size_t i = 2; i < out.size(); ++i) {
     EXPECT_EQ(out[i].rect, GRect());
     ASSERT_EQ(out[i].chars.size(), 1u);
@@ -209,39 +209,23 @@ TEST_F(SealText, EllipsePlacementForEveryStartPair) {
   }
 }
 
-TEST_F(SealText, EllipseQuarterTurnsAndSingleCharacter) {
-  // Four glyphless characters from the top: top, right end, bottom, left end.
-  param.layoutKind = 1;
-  param.text = U"????";
-  param.horizontalAlign = 2;
-  ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
-  const double a = 50 - 2 * 25.4 / 3, b = 30 - 2 * 25.4 / 3;
-  const double expect[4][4] = {
-      {60, 50 - b, 1, 0}, {60 + a, 50, 0, 1}, {60, 50 + b, -1, 0}, {60 - a, 50, 0, -1}};
-  for (int i = 0; i < 4; ++i) {
-    const Matrix& m = out[i].matrix;
-    ExpectNear({m.e, m.f, m.a, m.b}, {expect[i][0], expect[i][1], expect[i][2], expect[i][3]});
-  }
-  // A seal lying left of and above the origin: the centre is taken as |x0 + x1| / 2.
-  out.clear();
-  param.text = U"?";
+TEST_F(SealText, EllipseCentreOfASealLeftOfAndAboveTheOrigin) {
+  // The centre is taken as |x0 + x1| / 2: the top of the ring at (60, 50 - b).
+  std::tie(param.layoutKind, param.text, param.horizontalAlign) = std::tuple(1u, U"?", 2u);
   seal.Boundary = GRect(-110, -80, -10, -20);
   ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
-  ExpectNear({out[0].matrix.e, out[0].matrix.f}, {60, 50 - b});
+  ExpectNear({out[0].matrix.e, out[0].matrix.f, out[0].matrix.a}, {60, 50 - (30 - 2 * 25.4 / 3), 1});
 }
 
 TEST_F(SealText, ZeroSemiAxisSetsCharactersUprightAtTheCentre) {
   // A side of 2k leaves exactly 0 for that semi-axis once the margin k is taken.
   const float k = kSize / 3 + kSize / 3;
-  const GRect boxes[] = {GRect(0, 0, 2 * k, 60), GRect(0, 0, 100, 2 * k),
-                         GRect(0, 0, 2 * k, 2 * k)};
-  param.layoutKind = 1;
-  param.text = U"AB中";
+  const GRect boxes[] = {GRect(0, 0, 2 * k, 60), GRect(0, 0, 100, 2 * k), GRect(0, 0, 2 * k, 2 * k)};
+  std::tie(param.layoutKind, param.text) = std::tuple(1u, U"AB中");
   for (const GRect& b : boxes) {
     seal.Boundary = b;
     out.clear();
-    ASSERT_EQ(GetSealImageTextRect(&seal, param, out), 1);
-    ASSERT_EQ(out.size(), 3u);
+    ASSERT_TRUE(GetSealImageTextRect(&seal, param, out) == 1 && out.size() == 3);
     for (int i = 0; i < 3; ++i) {
       const float half = static_cast<float>(AdvanceMm(param.text[i]) / 2);
       ExpectMatrixNear(out[i].matrix, Matrix(1, 0, 0, 1, b.right / 2 - half, b.bottom / 2));
@@ -252,39 +236,14 @@ TEST_F(SealText, ZeroSemiAxisSetsCharactersUprightAtTheCentre) {
 TEST_F(SealText, CharWidthFollowsTheFontsOwnGlyphs) {
   testing_support::FixedMetricsFont font(kGlyphs);
   const host::WideString text(U"A?中");
-  const struct { int index; float expect; } cases[] = {{0, 10.16f}, {1, 0}, {2, 25.4f}, {-1, 0}, {3, 0}};
-  for (const auto& c : cases)
-    EXPECT_NEAR(GetCharWidth(text, &font, c.index, kSize), c.expect, 1e-5) << c.index;
-  EXPECT_EQ(GetCharWidth(text, nullptr, 0, kSize), 0.0f);
-}
-
-TEST_F(SealText, StraightRunStartAndBaseline) {
-  // "AB" is 25.4 wide and at most 12.7 high, in a 100 x 60 rectangle.
-  const struct { uint32_t h, v; int32_t outside; float x, baseline; bool heightsAsked; } cases[] = {
-      {0, 0, 0, 10.0f, 32.7f, true}, {1, 0, 1, 84.6f, 20.0f, false}, {2, 1, 0, 47.3f, 80.0f, false},
-      {3, 1, 1, 47.3f, 92.7f, true}, {0, 2, 0, 10.0f, 56.35f, true}, {1, 2, 1, 84.6f, 56.35f, true},
-      {0, 4, 0, 10.0f, 92.7f, true}, {0, 4, 1, 10.0f, 92.7f, true},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << "h=" << c.h << " v=" << c.v << " outside=" << c.outside);
-    param.horizontalAlign = c.h;
-    param.verticalAlign = c.v;
-    param.outside = c.outside;
-    device.Clear();
-    face->heightCalls = 0;
-    DrawSealText(&device, box, Matrix(), param);
-    ASSERT_EQ(device.Names(), std::vector<std::string>{"text"});
-    const DeviceCall& call = device.calls()[0];
-    EXPECT_EQ(std::make_pair(call.codes, call.color), std::make_pair(std::u32string(U"AB"), 0x80123456u));
-    EXPECT_FLOAT_EQ(call.fontSize, 25.4f);
-    ExpectMaps(call.matrix, Matrix(1, 0, 0, 1, c.x, c.baseline), "placement");
-    EXPECT_EQ(face->heightCalls > 0, c.heightsAsked);
-  }
+  std::vector<float> widths;
+  for (int i : {0, 1, 2, -1, 3}) widths.push_back(GetCharWidth(text, &font, i, kSize));
+  widths.push_back(GetCharWidth(text, nullptr, 0, kSize));
+  ExpectNear(widths, {10.16, 0, 25.4, 0, 0, 0}, 1e-5);
 }
 
 TEST_F(SealText, StraightRunTurnsAboutItsStartThenFollowsThePageMatrix) {
-  const struct { float angle; Matrix page; } cases[] = {
-      {30, Matrix()}, {-90, Matrix()}, {180, Matrix(3, 0, 0, 3, -5, 7)}, {45, Matrix(0, 2, -2, 0, 300, 10)}};
+  const struct { float angle; Matrix page; } cases[] = {{-90, Matrix()}, {45, Matrix(0, 2, -2, 0, 300, 10)}};
   for (const auto& c : cases) {
     device.Clear();
     param.angle = c.angle;
@@ -295,9 +254,9 @@ TEST_F(SealText, StraightRunTurnsAboutItsStartThenFollowsThePageMatrix) {
     // Page placement first, then the page matrix: compose by hand.
     const Matrix& p = c.page;
     const float ex = 10 * p.a + 32.7f * p.c + p.e, ey = 10 * p.b + 32.7f * p.d + p.f;
-    const Matrix expect(cs * p.a + sn * p.c, cs * p.b + sn * p.d, -sn * p.a + cs * p.c,
-                        -sn * p.b + cs * p.d, ex, ey);
-    ExpectMaps(device.calls()[0].matrix, expect, "rotated");
+    ExpectMaps(device.calls()[0].matrix,
+               Matrix(cs * p.a + sn * p.c, cs * p.b + sn * p.d, -sn * p.a + cs * p.c, -sn * p.b + cs * p.d, ex, ey),
+               "rotated");
   }
 }
 
@@ -310,9 +269,8 @@ TEST_F(SealText, EllipseDrawsEachCharacterInOrderOnTheReportedPlaces) {
   ASSERT_EQ(device.Names(), std::vector<std::string>(5, "text"));
   for (int i = 0; i < 5; ++i) {
     const DeviceCall& call = device.calls()[static_cast<size_t>(i)];
-    EXPECT_EQ(std::make_tuple(call.count, call.codes, call.font, call.color),
-              std::make_tuple(1, std::u32string(1, param.text[i]), device.calls()[0].font, 0x80123456u));
-    EXPECT_FLOAT_EQ(call.fontSize, 25.4f);
+    EXPECT_EQ(std::make_tuple(call.count, call.codes, call.font, call.color, call.fontSize),
+              std::make_tuple(1, std::u32string(1, param.text[i]), device.calls()[0].font, 0x80123456u, 25.4f));
     ExpectMaps(call.matrix, out[static_cast<size_t>(i)].matrix.Then(page), "ellipse");
   }
   EXPECT_EQ(face->heightCalls, 0);  // the ellipse layout does not measure
@@ -321,49 +279,22 @@ TEST_F(SealText, EllipseDrawsEachCharacterInOrderOnTheReportedPlaces) {
 // Nothing to lay out: no record is added to the caller's list, and nothing is drawn.
 TEST_F(SealText, NothingLaidOutOrDrawnForInvalidInput) {
   const struct { const char* name; uint32_t fontSize; host::WideString text; GRect box; } cases[] = {
-      {"size 0", 0, U"AB", box},
-      {"absent text", 72, host::WideString(), box},
-      {"empty text", 72, U"", box},
-      {"zero width", 72, U"AB", GRect(10, 20, 10, 80)},
-      {"zero height", 72, U"AB", GRect(10, 20, 110, 20)},
-  };
+      {"size 0", 0, U"AB", box}, {"absent text", 72, host::WideString(), box}, {"empty text", 72, U"", box},
+      {"zero width", 72, U"AB", GRect(10, 20, 10, 80)}, {"zero height", 72, U"AB", GRect(10, 20, 110, 20)}};
   const TextObject earlier{GRect(1, 2, 3, 4), Matrix(), {{U'z', 5, 6}}};
   for (const auto& c : cases) {
-    param.fontSize = c.fontSize;
-    param.text = c.text;
-    seal.Boundary = c.box;
+    std::tie(param.fontSize, param.text, seal.Boundary) = std::tie(c.fontSize, c.text, c.box);
     for (uint32_t layout : {0u, 1u}) {
       param.layoutKind = layout;
       out.assign(1, earlier);
       EXPECT_EQ(GetSealImageTextRect(&seal, param, out), 0) << c.name;
-      ASSERT_EQ(out.size(), 1u) << c.name;
-      EXPECT_EQ(out[0].chars[0].character, U'z');
       DrawSealText(&device, c.box, Matrix(), param);
-      EXPECT_TRUE(device.calls().empty()) << c.name;
+      EXPECT_TRUE(out.size() == 1 && out[0].chars[0].character == U'z' && device.calls().empty()) << c.name;
     }
   }
   EXPECT_EQ(GetSealImageTextRect(nullptr, param, out), 0);
   param = {.fontSize = 72, .text = U"AB", .fontName = {}};
   DrawSealText(nullptr, box, Matrix(), param);
-}
-
-// Pictures with the installed CJK font: a ring of characters and a turned run.
-TEST(SealTextPicture, RingAndStraightRun) {
-  if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
-  const struct { const char* name; RenderSealParam::TextParam param; } cases[] = {
-      {"seal_text_ring", {.fontSize = 14, .layoutKind = 1, .verticalAlign = 2, .horizontalAlign = 1,
-                          .color = 0xFFD01010, .text = U"中华人民共和国测试专用章", .fontName = U"WenQuanYi Zen Hei"}},
-      {"seal_text_straight", {.fontSize = 16, .bold = 1, .verticalAlign = 2, .horizontalAlign = 2, .color = 0xFF1030C0,
-                              .angle = -20, .text = U"合同专用章", .fontName = U"WenQuanYi Zen Hei"}},
-  };
-  for (const auto& c : cases) {
-    std::unique_ptr<Device> device = host::CreateBitmapDevice(320, 320, host::kDibArgb32, 0xFFFFFFFF);
-    ASSERT_NE(device, nullptr);
-    DrawSealText(device.get(), GRect(5, 5, 35, 35), Matrix(8, 0, 0, 8, 0, 0), c.param);
-    std::unique_ptr<Dib> dib(device->TakeBitmap());
-    ASSERT_NE(dib, nullptr);
-    EXPECT_TRUE(testing_support::CompareWithReference(*dib, c.name, 24));
-  }
 }
 
 }  // namespace

@@ -64,17 +64,14 @@ TEST(DerReader_Input, AcceptsOrRefusesEachEncoding) {
   const struct { const char* name; std::string bytes; bool ok; } cases[] = {
       {"empty sequence", Bytes({0x30, 0x00}), true},
       {"one-byte long form", Bytes({0x04, 0x81, 0x02, 0xAA, 0xBB}), true},
-      {"four-byte long form", Bytes({0x04, 0x84, 0x00, 0x00, 0x00, 0x01, 0xAA}), true},
       {"five-byte length", Bytes({0x04, 0x85, 0x00, 0x00, 0x00, 0x00, 0x01, 0xAA}), false},
       {"reserved length octet", Bytes({0x04, 0xFF, 0xAA}), false},
       {"truncated header", Bytes({0x30}), false},
       {"truncated long form", Bytes({0x04, 0x82, 0x01}), false},
       {"length past end", Bytes({0x30, 0x05, 0x02, 0x01, 0x00}), false},
-      {"long length past end", Bytes({0x04, 0x82, 0x01, 0x00, 0xAA}), false},
       {"inner length past outer", Bytes({0x30, 0x03, 0x04, 0x05, 0xAA}), false},
       {"multi-octet identifier", Bytes({0x1F, 0x81, 0x01, 0x00}), false},
       {"indefinite", Bytes({0x30, 0x80, 0x02, 0x01, 0x05, 0x00, 0x00}), true},
-      {"nested indefinite", Bytes({0x30, 0x80, 0x30, 0x80, 0x00, 0x00, 0x00, 0x00}), true},
       {"indefinite primitive", Bytes({0x04, 0x80, 0xAA, 0x00, 0x00}), false},
       {"indefinite without end", Bytes({0x30, 0x80, 0x02, 0x01, 0x05}), false},
       {"end-of-contents with a length", Bytes({0x30, 0x80, 0x00, 0x01, 0xAA, 0x00, 0x00}), false},
@@ -97,14 +94,10 @@ TEST(DerReader_Input, IndefiniteLengthSpansToItsEnd) {
   DerReader r(bytes);
   DerElement e;
   ASSERT_TRUE(r.Next(e));
-  EXPECT_TRUE(e.indefinite);
-  EXPECT_EQ(e.content.size(), 3u);
-  EXPECT_EQ(e.encodedSize, 7u);
-  EXPECT_EQ(r.CountRemaining(), 1);
-  EXPECT_EQ(r.PeekTag(), kDerNull);
+  EXPECT_EQ(std::make_tuple(e.indefinite, e.content.size(), e.encodedSize, r.CountRemaining(), r.PeekTag()),
+            std::make_tuple(true, size_t{3}, size_t{7}, 1, kDerNull));
   EXPECT_FALSE(r.Next(kDerInteger, e));
-  EXPECT_TRUE(r.Failed());
-  EXPECT_FALSE(r.Next(e));  // failures stick
+  EXPECT_TRUE(r.Failed() && !r.Next(e));  // failures stick
 }
 
 TEST(DerReader_Values, DecodesIntegersStringsAndIdentifiers) {
@@ -133,10 +126,8 @@ TEST(DerReader_Values, DecodesIntegersStringsAndIdentifiers) {
                     : c.kind == kObjectId ? DerReadObjectId(e, text)
                     : c.kind == kText     ? DerReadString(e, text)
                                           : DerReadOctets(e, text);
-    EXPECT_EQ(ok, c.want != nullptr);
-    if (ok && c.want) {
-      EXPECT_EQ(c.kind == kInteger ? std::to_string(v) : text, c.want);
-    }
+    EXPECT_EQ(std::make_pair(ok, ok ? (c.kind == kInteger ? std::to_string(v) : text) : std::string()),
+              std::make_pair(c.want != nullptr, std::string(c.want ? c.want : "")));
   }
 }
 
@@ -184,85 +175,37 @@ TEST(SesSeal_Samples, GeneratedDocumentsHoldBothLayouts) {
     const PackageFiles f = FromPackage(dir / c.file);
     SesSeal seal;
     SesSignature sig;
-    ASSERT_TRUE(ParseSesSeal(f.seal, seal));
-    ASSERT_TRUE(ParseSesSignature(f.signedValue, sig));
+    ASSERT_TRUE(ParseSesSeal(f.seal, seal) && ParseSesSignature(f.signedValue, sig));
     ExpectSeal(seal, c.e);
     ExpectSeal(sig.seal, c.e);
     const std::string sm2 = "1.2.156.10197.1.501";
     EXPECT_EQ(std::make_tuple(seal.headerVersion, sig.layout, sig.version, seal.signatureAlgorithm,
                               sig.signatureAlgorithm),
               std::make_tuple(int64_t{c.e.layout}, c.e.layout, int64_t{c.e.layout}, sm2, sm2));
-    EXPECT_EQ(seal.name, "塔维克示例印章有限公司样章");
-    EXPECT_EQ(sig.propertyInfo, "/Doc_0/Signs/Sign_0/Signature.xml");
-    EXPECT_EQ(sig.seal.picture.data, seal.picture.data);
+    EXPECT_EQ(std::make_tuple(seal.name, sig.propertyInfo, sig.seal.picture.data),
+              std::make_tuple("塔维克示例印章有限公司样章", "/Doc_0/Signs/Sign_0/Signature.xml", seal.picture.data));
     EXPECT_EQ(seal.picture.data.substr(0, 2), c.e.type == std::string("ofd") ? "PK" : png.substr(0, 2));
-    if (c.e.type != std::string("ofd")) {
-      EXPECT_EQ(seal.picture.data, png);
-    }
+    EXPECT_TRUE(c.e.type == std::string("ofd") || seal.picture.data == png);
   }
 }
 
-// Seal files alone (no signature) and signed documents, whose signed value
-// holds a seal that the seal file, when there is one, repeats.
-TEST(SesSeal_Fixtures, FilesParseByLayout) {
+// Real files: a signature, and the BER copy of a seal holding the same
+// picture as the DER one.
+TEST(SesSeal_Fixtures, ExactValuesAndTheBerCopy) {
   const fs::path dir(TARVIK_FIXTURE_DIR);
   TARVIK_NEED_FIXTURE(dir);
-  const struct {
-    const char *file, *sign;  // sign: null for a file alone
-    int sealLayout;           // 0: no seal file
-    Expected e;               // of the signature, or of the seal file alone
-  } cases[] = {
-      {"ofdrw__UserV1.esl", nullptr, 1, {1, 1, "PNG", 40, 40}},
-      {"ofdrw__UserV1_ber_indefinite.esl", nullptr, 1, {1, 1, "PNG", 40, 40}},
-      {"ofdrw__UserV4.esl", nullptr, 4, {4, 4, "PNG", 40, 40}},
-      {"ofdrw__UserV5.esl", nullptr, 4, {4, 5, "PNG", 40, 40}},
-      {"ofdrw__SESealData.DER.esl", nullptr, 4, {4, 4, "GIF", 42, 42}},
-      {"ofdsharp__test_Seal.esl", nullptr, 4, {4, 4, "ofd", 30, 20}},
-      {"ofdrw__SignedValueV4.dat", nullptr, 0, {4, 4, "PNG", 40, 40}},
-      {"ofdrw__fapiao_shili.ofd", "Sign_0", 0, {4, 4, "ofd", 30, 20}},
-      {"ofdrw__draw_param_ref.ofd", "Sign_0", 4, {4, 4, "ofd", 30, 20}},
-      {"ofdrw__keyword.ofd", "Sign_1", 4, {4, 4, "PNG", 42, 42}},
-      {"ofdrw__n.ofd", "Sign_0", 1, {1, 1, "PNG", 33, 33}},
-      {"ofdrw__jinge_xinchuang_auto_seal.ofd", "Sign_0", 1, {1, 2, "gif", 40, 39}},
-      {"ofdrw__anzhengtong_manual_seal.ofd", "Sign_1", 4, {4, 4, "bmp", 40, 40}},
-      {"ofdrw__irregular_res_path.ofd", "Sign_0", 0, {4, 4, "png", 40, 40}},
-      {"ofdrw__zsbk.ofd", "Sign_0", 4, {4, 4, "png", 45, 45}},
-      {"ofdrw__SESV4SignDoc.ofd", "Sign_0", 4, {4, 4, "PNG", 40, 40}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.file);
-    PackageFiles f = c.sign ? FromPackage(dir / c.file, c.sign) : PackageFiles{};
-    if (!c.sign) (c.sealLayout ? f.seal : f.signedValue) = ReadAll(dir / c.file);
-    SesSeal seal, other;
-    SesSignature sig, otherSig;
-    EXPECT_EQ(f.seal.empty(), c.sealLayout == 0);
-    if (!f.signedValue.empty()) {
-      ASSERT_TRUE(ParseSesSignature(f.signedValue, sig));
-      EXPECT_FALSE(ParseSesSeal(f.signedValue, other));  // each file is one kind only
-      EXPECT_EQ(std::make_pair(sig.layout, sig.version), std::make_pair(c.e.layout, int64_t{c.e.version}));
-      EXPECT_FALSE(sig.timeInfo.empty());
-      ExpectSeal(sig.seal, c.e);
-    }
-    if (f.seal.empty()) continue;
-    ASSERT_TRUE(ParseSesSeal(f.seal, seal));
-    EXPECT_FALSE(ParseSesSignature(f.seal, otherSig));
-    EXPECT_EQ(std::make_pair(seal.layout, seal.headerId), std::make_pair(c.sealLayout, std::string("ES")));
-    if (c.sign) {
-      EXPECT_EQ(seal.picture.data, sig.seal.picture.data);
-    } else {
-      ExpectSeal(seal, c.e);
-      EXPECT_EQ(seal.headerVersion, c.e.version);
-    }
-  }
-  // Exact values: a time, and the BER copy holding the same picture as the DER one.
   SesSignature sig;
   ASSERT_TRUE(ParseSesSignature(ReadAll(dir / "ofdrw__SignedValueV4.dat"), sig));
-  EXPECT_EQ(sig.timeInfo, "20201012111403Z");
-  SesSeal der, ber;
+  EXPECT_EQ(std::make_tuple(sig.layout, sig.version, sig.timeInfo), std::make_tuple(4, int64_t{4}, "20201012111403Z"));
+  ExpectSeal(sig.seal, {4, 4, "PNG", 40, 40});
+  SesSeal der, ber, v5;
+  EXPECT_FALSE(ParseSesSeal(ReadAll(dir / "ofdrw__SignedValueV4.dat"), der));  // each file is one kind only
   ASSERT_TRUE(ParseSesSeal(ReadAll(dir / "ofdrw__UserV1.esl"), der));
   ASSERT_TRUE(ParseSesSeal(ReadAll(dir / "ofdrw__UserV1_ber_indefinite.esl"), ber));
   EXPECT_EQ(der.picture.data, ber.picture.data);
-  EXPECT_EQ(ber.createDate, "200421151327Z");
+  EXPECT_EQ(std::make_tuple(ber.layout, ber.createDate), std::make_tuple(1, "200421151327Z"));
+  ASSERT_TRUE(ParseSesSeal(ReadAll(dir / "ofdrw__UserV5.esl"), v5));
+  EXPECT_EQ(std::make_pair(v5.layout, v5.headerVersion), std::make_pair(4, int64_t{5}));
 }
 
 TEST(SesSignature_Fixtures, NonSesValuesAndMangledSealsFailCleanly) {
@@ -274,8 +217,6 @@ TEST(SesSignature_Fixtures, NonSesValuesAndMangledSealsFailCleanly) {
   ASSERT_FALSE(mangled.empty());
   EXPECT_EQ(ParseSesSeal(mangled, seal).status, SesStatus::kMalformed);
   EXPECT_EQ(ParseSesSignature(mangled, sig).status, SesStatus::kMalformed);
-  // The mangled bytes with the lengths left as they are, cut short: still no overread.
-  for (size_t n = 0; n < 64; ++n) EXPECT_FALSE(ParseSesSeal(std::string_view(mangled).substr(0, n), seal));
   // A PKCS#7 signed value.
   const PackageFiles f = FromPackage(dir / "ofdrw__keyword.ofd", "Sign_3");
   ASSERT_FALSE(f.signedValue.empty());
@@ -305,12 +246,11 @@ TEST(SesPlugin_Pictures, AttemptsAnswerFromTheirOwnFile) {
   SesPlugin plugin;
   std::string picture = "old", type = "old";
   int w = -1, h = -1;
-  EXPECT_NE(plugin.GetPrimarySealImage(nullptr, "", 0, picture, type, w, h), 0);
-  EXPECT_NE(plugin.GetSecondarySealImage(nullptr, f.seal, 0, picture, type, w, h), 0);
-  EXPECT_NE(plugin.GetPrimarySealImage(nullptr, f.signedValue, 0, picture, type, w, h), 0);
-  EXPECT_NE(plugin.GetCombinedSealImage("", "junk", picture, type, w, h), 0);
-  EXPECT_EQ(picture, "old");  // failures leave the outputs alone
-  EXPECT_EQ(w, -1);
+  EXPECT_TRUE(plugin.GetPrimarySealImage(nullptr, "", 0, picture, type, w, h) &&
+              plugin.GetSecondarySealImage(nullptr, f.seal, 0, picture, type, w, h) &&
+              plugin.GetPrimarySealImage(nullptr, f.signedValue, 0, picture, type, w, h) &&
+              plugin.GetCombinedSealImage("", "junk", picture, type, w, h));
+  EXPECT_EQ(std::make_pair(picture, w), std::make_pair(std::string("old"), -1));  // failures leave the outputs alone
 
   ASSERT_EQ(plugin.GetPrimarySealImage(nullptr, f.seal, 0, picture, type, w, h), 0);
   EXPECT_EQ(std::make_tuple(type, picture.substr(0, 2), w, h), std::make_tuple("ofd", "PK", 40, 40));
@@ -351,9 +291,8 @@ TEST(SesDigest_Failures, UnknownNamesAndNullHandles) {
   std::string digest = "kept";
   for (const char* name : {"", "SM2", "SHA-512x", "1.2.156.10197.1.4011", "sm3 "}) {
     uintptr_t handle = 7;
-    EXPECT_EQ(std::make_pair(plugin.Digest(nullptr, "abc", name, digest), plugin.DigestStart(nullptr, &handle, name)),
-              std::make_pair(int{kSesPluginUnknownAlgorithm}, int{kSesPluginUnknownAlgorithm})) << name;
-    EXPECT_EQ(handle, 7u);
+    EXPECT_EQ(std::make_tuple(plugin.Digest(nullptr, "abc", name, digest), plugin.DigestStart(nullptr, &handle, name), handle),
+              std::make_tuple(int{kSesPluginUnknownAlgorithm}, int{kSesPluginUnknownAlgorithm}, uintptr_t{7})) << name;
   }
   EXPECT_TRUE(plugin.DigestStart(nullptr, nullptr, "SM3") && plugin.DigestUpdate(nullptr, 0, "abc") &&
               plugin.DigestFinish(nullptr, 0, digest));

@@ -1,6 +1,5 @@
 // Stamp engines: engine choice, settings, failure paths and exact placement on
-// a recording device with a face of fixed metrics; one picture per engine
-// with a real CJK font.
+// a recording device with a face of fixed metrics.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -18,7 +17,6 @@
 #include "stamp/image_engine_round.h"
 #include "support/fixed_metrics_face.h"
 #include "support/recording_device.h"
-#include "support/render_compare.h"
 
 namespace tarvik {
 namespace {
@@ -63,15 +61,15 @@ TEST_F(StampEngine, LayoutKindSelectsTheEngine) {
   std::tie(param.text, param.fontSize, param.widthPercent) = std::tuple(U"ABAB", 20u, 50u);
   for (uint32_t kind : {0u, 1u, 2u, 3u, 200u, 0xFFFFFFFFu}) {
     const bool round = kind == 1 || kind == 2;
-    EXPECT_EQ(dynamic_cast<ImageEngine_Round*>(MakeImageEngine(kind).get()) != nullptr, round);
     param.layoutKind = kind;
     RecordingDevice device(200, 200);
     EXPECT_TRUE(AddStampOnDevice(&device, param));
     const std::vector<DeviceCall> calls = device.Of(DeviceCall::kDrawText);
     ASSERT_EQ(calls.size(), round ? 4u : 1u) << kind;
     // The line sizes itself: 100 px / 4.
-    EXPECT_EQ(std::make_tuple(calls[0].codes, calls[0].fontSize, calls[0].face),
-              std::make_tuple(std::u32string(round ? U"A" : U"ABAB"), round ? 20.0f : 25.0f, face.get()));
+    EXPECT_EQ(std::make_tuple(calls[0].codes, calls[0].fontSize, calls[0].face,
+                              dynamic_cast<ImageEngine_Round*>(MakeImageEngine(kind).get()) != nullptr),
+              std::make_tuple(std::u32string(round ? U"A" : U"ABAB"), round ? 20.0f : 25.0f, face.get(), round));
   }
 }
 
@@ -89,33 +87,22 @@ TEST_F(StampEngine, FailuresAndTheReporter) {
       {"round font fails", 1, U"AB", true, 1, -2, 0, {{0, "Font Load Error"}}},
       {"line refused", 0, U"AB", false, 0, 0, 1, {{0, "Draw Line Error"}}},
       {"round refused", 2, U"ABh", false, 0, 0, 3, {}},
-      {"line empty text", 3, U"", false, 1, 0, 0, {}},
       {"round absent text", 1, host::WideString(), false, 1, 0, 0, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     g_reports.clear();
-    param.layoutKind = c.kind;
-    param.text = c.text;
+    std::tie(param.layoutKind, param.text) = std::tie(c.kind, c.text);
     RecordingDevice device(120, 80, c.drawResult);
     StampContext context;
     context.reporter = &Capture;
-    if (c.unloadable) {
-      auto font = std::make_unique<UnloadableFont>();
-      if (c.kind == 0) context.engine = std::make_unique<ImageEngine_Line>(std::move(font));
-      else context.engine = std::make_unique<ImageEngine_Round>(std::move(font));
-      context.engine->text = c.text;
-      context.engine->reporter = &Capture;
-    }
+    if (c.unloadable && c.kind == 0) context.engine = std::make_unique<ImageEngine_Line>(std::make_unique<UnloadableFont>());
+    if (c.unloadable && c.kind != 0) context.engine = std::make_unique<ImageEngine_Round>(std::make_unique<UnloadableFont>());
+    if (c.unloadable) std::tie(context.engine->text, context.engine->reporter) = std::tuple(c.text, &Capture);
     EXPECT_EQ(context.AddStamp(&device, param), c.status);
-    EXPECT_EQ(context.engine != nullptr, c.status != 0);  // kept only on failure
-    EXPECT_EQ(device.Of(DeviceCall::kDrawText).size(), c.textCalls);
-    EXPECT_EQ(g_reports, c.reports);
-    if (!c.unloadable) {  // the exported entry installs no reporter
-      g_reports.clear();
-      EXPECT_TRUE(AddStampOnDevice(&device, param));
-      EXPECT_TRUE(g_reports.empty());
-    }
+    // The engine is kept only on failure.
+    EXPECT_EQ(std::make_tuple(context.engine != nullptr, device.Of(DeviceCall::kDrawText).size(), g_reports),
+              std::make_tuple(c.status != 0, c.textCalls, c.reports));
   }
   EXPECT_FALSE(AddStampOnDevice(nullptr, param));
 }
@@ -129,19 +116,12 @@ TEST_F(StampEngine, LinePlacementSizeAndRotation) {
     float angle, size, e, f;  // size, e, f: expected, from the device's edges
   } cases[] = {
       {400, 100, 50, U"ABAB", 2, 2, 0, 0, 0, 50, 100, 75},       // M = 200 centred
-      {400, 100, 50, U"ABAB", 0, 0, 0, 0, 0, 50, 0, 50},         // top at 0
       {400, 100, 50, U"ABAB", 1, 1, 0, 0, 0, 50, 200, 100},      // ends at the right edge
       {400, 100, 50, U"hhhh", 1, 0, 0, 0, 0, 50, 200, 49},       // by T; 49.95 high counts 49
       {400, 100, 50, U"hhhh", 2, 2, 0, 0, 0, 50, 150, 74.5f},    // M = 100 centred
       {400, 100, 50, U"AB?A", 2, 2, 0, 0, 0, 50, 125, 75},       // '?' counts in n only
-      {400, 100, 50, U"ABAB", 5, 9, 0, 0, 0, 50, 100, 75},       // no keywords: centred
-      {400, 100, 50, U"ABAB", 0, 0, 7, -3, 0, 50, 7, 47},        // offsets move the origin
-      {400, 100, 50, U"ABAB", 1, 1, 7, -3, 0, 50, 207, 97},
       {401, 100, 50, U"ABAB", 0, 0, 0, 0, 0, 50.125f, 0.5f, 50}, // exact half vs shifted half
       {333, 100, 37, U"ABAB", 1, 1, 0, 0, 0, 12321 / 100.0f / 4, 166.5f + 42, 100},
-      {333, 100, 37, U"ABAB", 2, 2, 0, 0, 0, 12321 / 100.0f / 4, 166.5f - 61, 65},
-      {400, 100, 0, U"ABAB", 0, 1, 0, 0, 0, 0, 0, 100},          // size 0 still drawn
-      {400, 100, 50, U"ABAB", 0, 0, 0, 0, 90, 50, 0, 50},
       {400, 100, 50, U"ABAB", 2, 2, 0, 0, -30, 50, 100, 75},
   };
   for (const auto& c : cases) {
@@ -154,13 +134,11 @@ TEST_F(StampEngine, LinePlacementSizeAndRotation) {
     ASSERT_EQ(device.Names(), std::vector<std::string>{"text"});
     const DeviceCall& call = device.calls()[0];
     EXPECT_EQ(std::make_tuple(call.codes, call.count, call.color), std::make_tuple(c.text, 4, 0xFF102030u));
-    EXPECT_FLOAT_EQ(call.fontSize, c.size);
     const double r = c.angle * kPi / 180;
     const host::Matrix& m = call.matrix;
-    for (auto [got, want] : {std::pair{m.a, std::cos(r)}, {m.b, std::sin(r)}, {m.c, -std::sin(r)}, {m.d, std::cos(r)}})
-      EXPECT_NEAR(got, want, 1e-6);
-    EXPECT_FLOAT_EQ(m.e, c.e);
-    EXPECT_FLOAT_EQ(m.f, c.f);
+    for (auto [got, want] : {std::pair{m.a, std::cos(r)}, {m.b, std::sin(r)}, {m.c, -std::sin(r)}, {m.d, std::cos(r)},
+                             {call.fontSize, c.size}, {m.e, c.e}, {m.f, c.f}})
+      EXPECT_NEAR(got, want, 1e-6 + 1e-6 * std::fabs(want));
   }
 }
 
@@ -186,16 +164,13 @@ TEST_F(StampEngine, RoundPlacementAroundTheEllipse) {
     uint32_t w, h, size; int32_t insetX, insetY; std::u32string text; uint32_t hAlign, vAlign; double start;
   } cases[] = {
       {200, 200, 20, 0, 0, U"AAAA", 1, 2, 0},     {200, 200, 20, 0, 0, U"AAAA", 2, 0, 90},
-      {200, 200, 20, 0, 0, U"AAAA", 0, 2, 180},   {200, 200, 20, 0, 0, U"AAAA", 2, 1, 270},
-      {200, 200, 20, 0, 0, U"AAAA", 1, 0, 0},     {200, 200, 20, 0, 0, U"A", 5, 2, 0},
-      {200, 200, 20, 0, 0, U"h", 2, 1, 270},      {300, 300, 24, 10, 10, std::u32string(25, U'A'), 1, 2, 0},
+      {200, 200, 20, 0, 0, U"AAAA", 0, 2, 180},   {200, 200, 20, 0, 0, U"h", 2, 1, 270},
       {300, 200, 18, 5, 3, mix, 2, 0, 90},        {201, 151, 12, -4, 6, std::u32string(400, U'h'), 2, 1, 270},
       {30, 30, 30, 0, 0, U"ABh", 0, 2, 180},      // semi-axes -5: as +5
-      {200, 200, 20, 150, 0, U"AAAA", 1, 2, 0},   // inset beyond half wraps to a huge semi-axis
+      {200, 200, 20, 150, 0, U"AAAA", 5, 2, 0},   // inset wraps to a huge semi-axis; no pair: 0
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " n=" << c.text.size()
-                                    << " start=" << c.start);
+    SCOPED_TRACE(testing::Message() << c.w << "x" << c.h << " n=" << c.text.size() << " start=" << c.start);
     param = TextParam{.widthPercent = 90, .fontSize = c.size, .layoutKind = 1,
                       .verticalAlign = c.vAlign, .horizontalAlign = c.hAlign, .color = 0xFFAA0000,
                       .angle = 45, .text = c.text, .fontName = U"StampFixed",
@@ -209,9 +184,8 @@ TEST_F(StampEngine, RoundPlacementAroundTheEllipse) {
     const double b = static_cast<uint32_t>(c.h / 2 - static_cast<uint32_t>(c.insetY)) - margin;
     for (int i = 0; i < n; ++i) {
       const DeviceCall& call = device.calls()[static_cast<size_t>(i)];
-      EXPECT_EQ(call.codes, c.text.substr(static_cast<size_t>(i), 1));
-      EXPECT_EQ(std::make_tuple(call.count, call.color, call.fontSize),
-                std::make_tuple(1, 0xFFAA0000u, static_cast<float>(c.size)));
+      EXPECT_EQ(std::make_tuple(call.codes, call.count, call.color, call.fontSize),
+                std::make_tuple(c.text.substr(static_cast<size_t>(i), 1), 1, 0xFFAA0000u, static_cast<float>(c.size)));
       const host::Matrix e = ExpectedOnRing(i, n, c.start, c.w / 2, c.h / 2, a, b,
                                             Advance(c.text[static_cast<size_t>(i)]) * c.size / 2000);
       const host::Matrix& m = call.matrix;
@@ -220,12 +194,6 @@ TEST_F(StampEngine, RoundPlacementAroundTheEllipse) {
           {m.e, e.e, 2e-3 + 1e-6 * std::fabs(e.e)}, {m.f, e.f, 2e-3 + 1e-6 * std::fabs(e.f)}};
       for (const auto& [got, want, tol] : checks) EXPECT_NEAR(got, want, tol) << "character " << i;
     }
-  }
-  // The ring helper itself, against origins worked out on paper.
-  const float origins[4][2] = {{13.3333f, 110}, {90, 13.3333f}, {186.6667f, 90}, {110, 186.6667f}};
-  for (int i = 0; i < 4; ++i) {
-    const host::Matrix e = ExpectedOnRing(i, 4, 0, 100, 100, 86.66667, 86.66667, 10);
-    EXPECT_NEAR(std::hypot(e.e - origins[i][0], e.f - origins[i][1]), 0, 1e-3);
   }
 }
 
@@ -236,29 +204,6 @@ TEST_F(StampEngine, RoundWithoutACurveSetsCharactersUprightAtTheCentre) {
   ASSERT_EQ(device.calls().size(), 2u);
   EXPECT_EQ(std::make_pair(device.calls()[0].matrix, device.calls()[1].matrix),
             std::make_pair(host::Matrix(1, 0, 0, 1, 5, 20), host::Matrix(1, 0, 0, 1, 12.5f, 20)));
-}
-
-// Pictures with the installed CJK font: a straight stamp across a seal-sized
-// bitmap and a ring.
-TEST(StampPicture, LineAndRing) {
-  if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
-  const struct { const char* name; TextParam param; } cases[] = {
-      {"stamp_line",
-       {.widthPercent = 80, .bold = 1, .layoutKind = 0, .verticalAlign = 2, .horizontalAlign = 2,
-        .color = 0xFF1030C0, .angle = -20, .text = U"仅供测试使用", .fontName = U"WenQuanYi Zen Hei"}},
-      {"stamp_round",
-       {.fontSize = 26, .layoutKind = 1, .verticalAlign = 0, .horizontalAlign = 2,
-        .color = 0xFFD01010, .text = U"中华人民共和国测试专用章", .fontName = U"WenQuanYi Zen Hei",
-        .offsetX = 6, .offsetY = 20}},
-  };
-  for (const auto& c : cases) {
-    std::unique_ptr<Device> device = host::CreateBitmapDevice(240, 240, host::kDibArgb32, 0xFFFFFFFF);
-    ASSERT_NE(device, nullptr);
-    EXPECT_TRUE(AddStampOnDevice(device.get(), c.param));
-    std::unique_ptr<Dib> dib(device->TakeBitmap());
-    ASSERT_NE(dib, nullptr);
-    EXPECT_TRUE(testing_support::CompareWithReference(*dib, c.name, 24));
-  }
 }
 
 }  // namespace

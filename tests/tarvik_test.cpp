@@ -1,5 +1,6 @@
-// The per-document object: its seal image cache, the seal pictures it hands
-// to the page renderer, and what RenderSignature asks of the device.
+// The per-document object: its seal image cache (and the hash map under it),
+// the seal pictures it hands to the page renderer, and what RenderSignature
+// asks of the device.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -13,12 +14,12 @@
 #include "host/base/bitmap_device.h"
 #include "host/base/font_mgr.h"
 #include "host/ofd/ofd_annotation.h"
-#include "host/ofd/ofd_multimedia.h"
 #include "image/color_ops.h"
 #include "support/fixed_metrics_face.h"
 #include "support/recording_device.h"
 #include "support/scripted_plugin.h"
 #include "support/seal_document.h"
+#include "tarvik/obj_map.h"
 #include "tarvik/tarvik.h"
 
 namespace tarvik {
@@ -47,11 +48,11 @@ TEST(TarvikCache, KeyIsTheSignedValueLocationElseTheSealLocation) {
 
   Dib* first = Solid(2, 2, kGreen).release();
   ASSERT_TRUE(tarvik.AddSealImageToCache(a.get(), first));
-  EXPECT_EQ(tarvik.GetCachedSealImage(sameSigned.get()), first);
   // A seal without a signed-value file is known by its seal file, which here
   // happens to spell the same location.
-  EXPECT_EQ(tarvik.GetCachedSealImage(sealOnly.get()), first);
-  EXPECT_EQ(tarvik.GetCachedSealImage(other.get()), nullptr);
+  EXPECT_EQ(std::vector({tarvik.GetCachedSealImage(sameSigned.get()), tarvik.GetCachedSealImage(sealOnly.get()),
+                         tarvik.GetCachedSealImage(other.get())}),
+            std::vector<const Dib*>({first, first, nullptr}));
 }
 
 TEST(TarvikCache, AddNeverReplacesABitmapAndNullEntriesFillLater) {
@@ -59,22 +60,20 @@ TEST(TarvikCache, AddNeverReplacesABitmapAndNullEntriesFillLater) {
   Tarvik tarvik(doc.document());
   auto media = doc.Media();
 
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), nullptr));
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), nullptr);
+  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), nullptr) && !tarvik.GetCachedSealImage(media.get()));
   Dib* first = Solid(2, 2, kGreen).release();
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), first));
   auto second = Solid(3, 3, kGreen);
+  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), first));
   EXPECT_FALSE(tarvik.AddSealImageToCache(media.get(), second.get()));
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), first);
-
   tarvik.RemoveSealImageCache(doc.Media("/absent", "").get());
   EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), first);
-  tarvik.RemoveSealImageCache(media.get());  // deletes `first`
-  EXPECT_EQ(tarvik.GetCachedSealImage(media.get()), nullptr);
-  EXPECT_TRUE(tarvik.AddSealImageToCache(media.get(), second.release()));
+  tarvik.RemoveSealImageCache(media.get());  // deletes `first`; a sanitizer build sees a leak or double delete
+  EXPECT_TRUE(!tarvik.GetCachedSealImage(media.get()) && tarvik.AddSealImageToCache(media.get(), second.release()));
 }
 
 // Enough entries to grow the cache's table twice; removals keep the others.
+// Destruction frees the rest (the sanitizer build reports a leak or a double
+// delete).
 TEST(TarvikCache, ManyEntriesSurviveGrowthAndDestructionFreesThem) {
   SealDocument doc;
   auto tarvik = std::make_unique<Tarvik>(doc.document());
@@ -87,7 +86,6 @@ TEST(TarvikCache, ManyEntriesSurviveGrowthAndDestructionFreesThem) {
   }
   for (int i = 0; i < 40; i += 2) tarvik->RemoveSealImageCache(media[i].get());
   for (int i = 0; i < 40; ++i) EXPECT_EQ(tarvik->GetCachedSealImage(media[i].get()), i % 2 ? dibs[i] : nullptr);
-  tarvik.reset();  // the sanitizer build reports a leak or a double delete
 }
 
 // GetSealImage as the page renderer calls it.
@@ -100,8 +98,6 @@ class TarvikSealImage : public ::testing::Test {
     SealImageRequest request{&plugin_, nullptr, &image, nullptr, &tarvik_};
     return std::unique_ptr<Dib>(Tarvik::GetSealImage(media_.get(), Size(8, 8), &request));
   }
-  int PluginCalls() const { return static_cast<int>(plugin_.calls.size()); }
-
   SealDocument doc_;
   Tarvik tarvik_;
   std::unique_ptr<host::OfdMultiMedia> media_;
@@ -128,14 +124,12 @@ TEST_P(TarvikAdjustments, AppliesCrossThenColourOnCopiesOnly) {
     std::unique_ptr<Dib> dib = Get(image);
     ASSERT_TRUE(dib);
     EXPECT_EQ(std::make_pair(dib->GetPixel({0, 0}), dib->GetPixel({4, 0})), std::make_pair(a.corner, a.edge));
-    ASSERT_EQ(PluginCalls(), a.cached ? 1 : paint);
+    ASSERT_EQ(static_cast<int>(plugin_.calls.size()), a.cached ? 1 : paint);
     EXPECT_EQ(plugin_.calls[0].renderMode, a.renderMode);
+    // The cache keeps the seal as decoded, whatever was asked, and lends copies.
     const Dib* cached = tarvik_.GetCachedSealImage(media_.get());
     ASSERT_EQ(cached != nullptr, a.cached);
-    // The cache keeps the seal as decoded, whatever was asked, and lends copies.
-    if (cached) {
-      EXPECT_EQ(std::make_pair(cached->GetPixel({0, 0}), cached == dib.get()), std::make_pair(kGreen, false));
-    }
+    EXPECT_TRUE(!cached || (cached->GetPixel({0, 0}) == kGreen && cached != dib.get()));
   }
 }
 
@@ -147,7 +141,6 @@ INSTANTIATE_TEST_SUITE_P(
     Modes, TarvikAdjustments,
     ::testing::Values(Adjustment{"Plain", 0, 0, 0, kGreen, kGreen, true},
                       Adjustment{"Cross", 0, 1, 0, kRed, kGreen, true},
-                      Adjustment{"Grey", 0, 0, 1, kGreyGreen, kGreyGreen, true},
                       Adjustment{"CrossGrey", 0, 1, 1, kGreyRed, kGreyGreen, true},
                       Adjustment{"Black", 0, 0, 2, 0xFF000000, 0xFF000000, true},
                       Adjustment{"OtherColourModeIsGrey", 0, 0, 3, kGreyGreen, kGreyGreen, true},
@@ -164,10 +157,9 @@ TEST_F(TarvikSealImage, FailuresAnswerNullAndCacheNothing) {
   // Seal data of no known kind: nothing to cache either.
   plugin_.primary = {0, "not a picture", "PNG", 1, 1};
   testing::internal::CaptureStdout();
-  EXPECT_EQ(Get(RenderSealParam::ImageParam()), nullptr);
+  EXPECT_FALSE(Get(RenderSealParam::ImageParam()) || tarvik_.GetCachedSealImage(media_.get()) ||
+               Tarvik::GetSealImage(media_.get(), Size(8, 8), nullptr));
   testing::internal::GetCapturedStdout();
-  EXPECT_EQ(tarvik_.GetCachedSealImage(media_.get()), nullptr);
-  EXPECT_EQ(Tarvik::GetSealImage(media_.get(), Size(8, 8), nullptr), nullptr);
 }
 
 // RenderSignature's calls on the device.
@@ -207,46 +199,31 @@ TEST_F(TarvikRenderSignature, PictureOnlyDrawsTheSealInsideTheBoundary) {
   const std::vector<DeviceCall> bitmaps = device_.Of(DeviceCall::kDrawBitmapMatrix);
   ASSERT_EQ(bitmaps.size(), 1u);
   // The seal fills the boundary: 40 x 40 mm at 2 units per millimetre.
-  EXPECT_EQ(bitmaps[0].matrix, Matrix(80, 0, 0, 80, 20, 40));
-  EXPECT_TRUE(device_.Of(DeviceCall::kDrawText).empty());
-  EXPECT_EQ(device_.Of(DeviceCall::kSave).size(), device_.Of(DeviceCall::kRestore).size());
+  EXPECT_EQ(std::make_tuple(bitmaps[0].matrix, device_.Of(DeviceCall::kDrawText).size(),
+                            device_.Of(DeviceCall::kSave).size() - device_.Of(DeviceCall::kRestore).size()),
+            std::make_tuple(Matrix(80, 0, 0, 80, 20, 40), size_t{0}, size_t{0}));
 }
 
-struct TextCase {
-  const char* name;
-  GRect clip;
-  uint32_t layoutKind;
-  bool clipped;
-};
-
-class TarvikSignatureText : public TarvikRenderSignature,
-                            public ::testing::WithParamInterface<TextCase> {};
-
-TEST_P(TarvikSignatureText, ClipsOnlyAnEllipseOnAClippedSeal) {
-  const TextCase& c = GetParam();
-  annotation_.Clip = c.clip;
-  text_.layoutKind = c.layoutKind;
-  Render(nullptr, &text_);
+// Text is clipped only when an ellipse is drawn on a clipped seal; the clip is
+// relative to the boundary's corner, then taken to the device.
+TEST_F(TarvikRenderSignature, ClipsOnlyAnEllipseOnAClippedSeal) {
+  const struct { GRect clip; uint32_t layoutKind; bool clipped; } cases[] = {
+      {GRect(), 0, false}, {GRect(0, 0, 20, 40), 0, false}, {GRect(), 1, false}, {GRect(5, 0, 40, 30), 7, true}};
+  for (const auto& c : cases) {
+    device_.Clear();
+    std::tie(annotation_.Clip, text_.layoutKind) = std::tie(c.clip, c.layoutKind);
+    Render(nullptr, &text_);
+    const std::vector<std::string> names = device_.Names();
+    ASSERT_GE(names.size(), c.clipped ? 4u : 1u);
+    std::vector<std::string> expected(names.size(), "text");
+    if (c.clipped) std::tie(expected.front(), expected[1], expected.back()) = std::tuple("save", "clip", "restore");
+    EXPECT_EQ(names, expected) << c.layoutKind;
+    if (c.clipped) {
+      EXPECT_EQ(device_.Of(DeviceCall::kClipRect)[0].rect, GRect(30, 40, 100, 100));
+    }
+  }
   EXPECT_TRUE(plugin_.calls.empty());
-  std::vector<std::string> names = device_.Names();
-  ASSERT_FALSE(names.empty());
-  std::vector<std::string> expected(names.size(), "text");
-  if (c.clipped) std::tie(expected.front(), expected[1], expected.back()) = std::tuple("save", "clip", "restore");
-  EXPECT_EQ(names, expected);
-  if (!c.clipped) return;
-  // The clip is relative to the boundary's corner, then taken to the device.
-  EXPECT_EQ(device_.Of(DeviceCall::kClipRect)[0].rect,
-            GRect(2 * (10 + c.clip.left), 2 * (20 + c.clip.top), 2 * (10 + c.clip.right), 2 * (20 + c.clip.bottom)));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, TarvikSignatureText,
-    ::testing::Values(TextCase{"NoClipStraight", GRect(), 0, false},
-                      TextCase{"NoClipEllipse", GRect(), 1, false},
-                      TextCase{"ClipStraight", GRect(0, 0, 20, 40), 0, false},
-                      TextCase{"ClipEllipse", GRect(0, 0, 20, 40), 1, true},
-                      TextCase{"ClipEllipseOtherKind", GRect(5, 0, 40, 30), 7, true}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(TarvikRenderSignature, ARidingSealShowsOnlyTheSliceItsClipNames) {
   // Boundary 10..50 mm across, one device pixel per millimetre.
@@ -266,14 +243,46 @@ TEST_F(TarvikRenderSignature, ARidingSealShowsOnlyTheSliceItsClipNames) {
 
 TEST_F(TarvikRenderSignature, NothingToDrawLeavesTheDeviceAlone) {
   Render(nullptr, nullptr);
-  EXPECT_TRUE(device_.calls().empty());
-  EXPECT_TRUE(plugin_.calls.empty());
+  EXPECT_TRUE(device_.calls().empty() && plugin_.calls.empty());
   // A seal whose data cannot be read still lets the text be drawn.
   plugin_.primary = plugin_.secondary = plugin_.combined = {9};
   RenderSealParam::ImageParam image;
   Render(&image, &text_);
-  EXPECT_TRUE(device_.Of(DeviceCall::kDrawBitmapMatrix).empty());
-  EXPECT_FALSE(device_.Of(DeviceCall::kDrawText).empty());
+  EXPECT_TRUE(device_.Of(DeviceCall::kDrawBitmapMatrix).empty() && !device_.Of(DeviceCall::kDrawText).empty());
+}
+
+using Map = ObjMap<host::ByteString, const int*>;
+
+Map::Assoc* Insert(Map& map, const std::string& key, const int* value) {
+  uint32_t hash = 0;
+  EXPECT_EQ(map.Lookup(key, hash), nullptr);
+  EXPECT_EQ(hash, host::HashKey(host::ByteString(key)));  // given even when not found
+  Map::Assoc* a = map.NewAssoc(key, hash);
+  if (a) a->value = value;
+  return a;
+}
+
+// Keys are exact (case counts, the empty one too); 17 buckets grow to 25, 37,
+// 55; removing the last entry frees the table, and a new one allocates again.
+// (Lookups after growth: ManyEntriesSurviveGrowthAndDestructionFreesThem.)
+TEST(ObjMap, ExactKeysGrowthAndRemoval) {
+  Map map;
+  EXPECT_EQ(std::make_pair(map.HasBuckets(), map.GetBucketCount()), std::make_pair(false, 17u));
+  map.RemoveKey(host::ByteString("absent"));  // no buckets yet
+  std::vector<int> values(40);
+  std::vector<std::string> keys = {"/Doc_0/Signs/Sign_0/SignedValue.dat", "/doc_0/signs/sign_0/signedvalue.dat", ""};
+  for (int i = 3; i < 40; ++i) keys.push_back("key" + std::to_string(i));
+  std::vector<unsigned> buckets;
+  for (int i = 0; i < 40; ++i) {
+    Insert(map, keys[i], &values[i]);
+    if (i == 16 || i == 17 || i == 39) buckets.push_back(map.GetBucketCount());
+  }
+  EXPECT_EQ(buckets, std::vector<unsigned>({17, 25, 55}));
+  for (int i = 0; i < 39; ++i) map.RemoveKey(host::ByteString(keys[i]));
+  EXPECT_TRUE(map.HasBuckets());
+  map.RemoveKey(host::ByteString(keys[39]));
+  EXPECT_EQ(std::make_pair(map.GetCount(), map.HasBuckets()), std::make_pair(0, false));
+  EXPECT_TRUE(Insert(map, "c", &values[0]) && map.HasBuckets());  // allocates again
 }
 
 }  // namespace

@@ -40,8 +40,7 @@ void PngAppend(png_structp png, png_bytep data, size_t n) {
 }
 
 struct PngJob {
-  int width, height, colorType, depth;
-  bool interlaced;
+  int width, height, colorType;
   std::vector<uint8_t> bytes;  // rows, packed
   std::vector<png_color> palette;
   std::vector<png_byte> trns;
@@ -51,9 +50,8 @@ struct PngJob {
 bool RunPngJob(png_structp png, png_infop info, PngJob* job) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_write_fn(png, &job->out, PngAppend, nullptr);
-  png_set_IHDR(png, info, job->width, job->height, job->depth, job->colorType,
-               job->interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-               PNG_FILTER_TYPE_DEFAULT);
+  png_set_IHDR(png, info, job->width, job->height, 8, job->colorType, PNG_INTERLACE_NONE,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   if (!job->palette.empty()) png_set_PLTE(png, info, job->palette.data(), static_cast<int>(job->palette.size()));
   if (!job->trns.empty()) png_set_tRNS(png, info, job->trns.data(), static_cast<int>(job->trns.size()), nullptr);
   png_write_info(png, info);
@@ -82,49 +80,37 @@ int GifAppend(GifFileType* gif, const GifByteType* data, int n) {
 
 SampleImage GradientImage(int width, int height, bool alpha) {
   SampleImage image{width, height, {}};
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      const uint32_t r = x * 255 / (width - 1), g = y * 255 / (height - 1);
-      const uint32_t b = (x + y) * 255 / (width + height - 2);
-      const uint32_t a = alpha ? r : 255;
-      image.argb.push_back(a << 24 | r << 16 | g << 8 | b);
-    }
+  for (int i = 0; i < width * height; ++i) {
+    const uint32_t x = i % width, y = i / width, r = x * 255 / (width - 1), g = y * 255 / (height - 1);
+    const uint32_t b = (x + y) * 255 / (width + height - 2), a = alpha ? r : 255;
+    image.argb.push_back(a << 24 | r << 16 | g << 8 | b);
   }
   return image;
 }
 
 SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& palette) {
   SampleImage image{width, height, {}};
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) image.argb.push_back(palette[(x + 3 * y) % palette.size()]);
-  }
+  for (int i = 0; i < width * height; ++i) image.argb.push_back(palette[(i % width + 3 * (i / width)) % palette.size()]);
   return image;
 }
 
-std::string MakePng(const SampleImage& image, PngKind kind, int bitDepth, bool interlaced,
-                    const std::vector<uint32_t>& palette) {
+std::string MakePng(const SampleImage& image, PngKind kind, const std::vector<uint32_t>& palette) {
   static const int kColorTypes[] = {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA, PNG_COLOR_TYPE_GRAY,
                                     PNG_COLOR_TYPE_PALETTE};
-  PngJob job{image.width, image.height, kColorTypes[static_cast<int>(kind)], bitDepth, interlaced, {}, {}, {}, {}};
-  bool translucent = false;
+  PngJob job{image.width, image.height, kColorTypes[static_cast<int>(kind)], {}, {}, {}, {}};
   for (uint32_t c : palette) {
     job.palette.push_back(png_color{R(c), G(c), B(c)});
     job.trns.push_back(A(c));
-    translucent |= A(c) != 255;
   }
-  if (!translucent) job.trns.clear();
+  if (std::all_of(job.trns.begin(), job.trns.end(), [](png_byte a) { return a == 255; })) job.trns.clear();
+  // Indices, or the channels R G B A from the first (G for grey) on.
+  const int first = kind == PngKind::kGrey ? 1 : 0;
+  const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
   for (uint32_t c : image.argb) {
-    if (kind == PngKind::kIndexed) {
-      job.bytes.push_back(static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin()));
-      continue;
-    }
     const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
-    const int first = kind == PngKind::kGrey ? 1 : 0;
-    const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
-    for (int i = first; i < first + count; ++i) {
-      job.bytes.push_back(channels[i]);
-      if (bitDepth == 16) job.bytes.push_back(channels[i]);  // v * 257, big-endian
-    }
+    const uint8_t index = static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin());
+    if (kind == PngKind::kIndexed) job.bytes.push_back(index);
+    else job.bytes.insert(job.bytes.end(), channels + first, channels + first + count);
   }
   return WritePng(std::move(job));
 }
@@ -140,7 +126,7 @@ std::string WithPngSize(std::string png, uint32_t width, uint32_t height) {
   return png;
 }
 
-std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive) {
+std::string MakeJpeg(const SampleImage& image, bool grey) {
   jpeg_compress_struct cinfo;
   jpeg_error_mgr err;
   cinfo.err = jpeg_std_error(&err);
@@ -152,7 +138,6 @@ std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive) {
       std::tuple(image.width, image.height, grey ? 1 : 3, grey ? JCS_GRAYSCALE : JCS_RGB);
   jpeg_set_defaults(&cinfo);
   jpeg_set_quality(&cinfo, 95, TRUE);
-  if (progressive) jpeg_simple_progression(&cinfo);
   jpeg_start_compress(&cinfo, TRUE);
   std::vector<JSAMPLE> row;
   for (int y = 0; y < image.height; ++y) {
@@ -218,8 +203,7 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   for (uint32_t v : {offset + stride * image.height, 0u, offset, 40u, static_cast<uint32_t>(image.width),
                      static_cast<uint32_t>(height)})
     PutU32(out, v);
-  PutU16(out, 1);
-  PutU16(out, bpp);
+  PutU32(out, 1 | static_cast<uint32_t>(bpp) << 16);  // planes, bits per pixel
   for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) PutU32(out, v);
   for (uint32_t c : palette) PutU32(out, c & 0xFFFFFF);
   for (int row = 0; row < image.height; ++row) {
@@ -269,35 +253,6 @@ std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha) {
   std::ifstream in(path, std::ios::binary);
   std::string out{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   unlink(path);
-  return out;
-}
-
-std::string MakeJbig2(int pageWidth, int pageHeight, int left, int top, int width, int height) {
-  std::string out("\x97JB2\r\n\x1a\n\x01", 9);  // sequential, one page
-  PutBe32(out, 1);
-  auto segment = [&out](uint32_t number, uint8_t type, uint8_t page, const std::string& data) {
-    PutBe32(out, number);
-    out += static_cast<char>(type);
-    out += '\0';  // no referred-to segments
-    out += static_cast<char>(page);
-    PutBe32(out, static_cast<uint32_t>(data.size()));
-    out += data;
-  };
-  std::string info;
-  for (uint32_t v : {static_cast<uint32_t>(pageWidth), static_cast<uint32_t>(pageHeight), 0u, 0u}) PutBe32(info, v);
-  info += '\x44';  // default pixel black; regions choose their operator
-  info += std::string(2, '\0');
-  segment(0, 48, 1, info);
-  std::string region;
-  for (int v : {width, height, left, top}) PutBe32(region, static_cast<uint32_t>(v));
-  region += '\x04';  // replace
-  region += '\x01';  // MMR
-  // In MMR coding, a white row under a white reference row is one V0 code: "1".
-  std::string bits((height + 7) / 8, '\0');
-  for (int y = 0; y < height; ++y) bits[y / 8] = static_cast<char>(bits[y / 8] | (0x80 >> (y % 8)));
-  segment(1, 39, 1, region + bits);
-  segment(2, 49, 1, "");
-  segment(3, 51, 0, "");
   return out;
 }
 

@@ -24,18 +24,16 @@ SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& pal
 
 /// Colour types of MakePng.
 enum class PngKind { kRgb, kRgba, kGrey, kIndexed };
-/// PNG of `image`, 8 or 16 bits, optionally interlaced: colour, colour with
-/// alpha, the green channel as grey, or indices into `palette` (8 bits, an
-/// image whose pixels are all in `palette`; a tRNS chunk is written when an
-/// entry is not opaque). Empty when writing fails.
-std::string MakePng(const SampleImage& image, PngKind kind, int bitDepth = 8, bool interlaced = false,
-                    const std::vector<uint32_t>& palette = {});
+/// 8-bit PNG of `image`: colour, colour with alpha, the green channel as
+/// grey, or indices into `palette` (an image whose pixels are all in
+/// `palette`; a tRNS chunk is written when an entry is not opaque). Empty
+/// when writing fails.
+std::string MakePng(const SampleImage& image, PngKind kind, const std::vector<uint32_t>& palette = {});
 /// The same PNG with the header's size replaced (checksum fixed up).
 std::string WithPngSize(std::string png, uint32_t width, uint32_t height);
 
-/// JPEG at quality 95, in colour or greyscale (the green channel), baseline
-/// or progressive.
-std::string MakeJpeg(const SampleImage& image, bool grey, bool progressive = false);
+/// Baseline JPEG at quality 95, in colour or greyscale (the green channel).
+std::string MakeJpeg(const SampleImage& image, bool grey);
 
 /// One image of a GIF: indices into the global palette at the given place.
 struct GifFrame {
@@ -58,9 +56,5 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown,
 
 /// TIFF, one directory per image, RGB or RGBA (unassociated alpha), deflated.
 std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha);
-
-/// JBIG2 file of a black page with a white rectangle (an uncompressed MMR
-/// region), given in pixels.
-std::string MakeJbig2(int pageWidth, int pageHeight, int left, int top, int width, int height);
 
 }  // namespace testing_support

@@ -19,9 +19,7 @@ SealDocument::SealDocument(const std::string& seal, const std::string& signedVal
     : opened_(Open(BuildOfdPackage({
           {"Doc_0/Document.xml", OfdDocumentXml({{1, "Pages/Page_0/Content.xml"}})},
           {"Doc_0/Pages/Page_0/Content.xml", OfdPageXml("")},
-          {kSealFile + 1, seal},
-          {kSignedFile + 1, signedValue},
-      }))) {
+          {kSealFile + 1, seal}, {kSignedFile + 1, signedValue}}))) {
   EXPECT_TRUE(opened_.doc);
   if (opened_.doc) page_ = ParsedPage(*opened_.doc, 0);
   EXPECT_TRUE(page_);
