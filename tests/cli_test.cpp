@@ -208,20 +208,4 @@ TEST_F(Cli, WritesEachFormatUnderTheExpectedNames) {
 }
 
 // Pages of one document on two threads.
-TEST_F(Cli, ThreadsWriteWhatOneThreadWrites) {
-  const fs::path file = fs::path(TARVIK_FIXTURE_DIR) / "ofdrw__h.ofd";
-  TARVIK_NEED_FIXTURE(file);
-  const std::string doc = "render '" + file.string() + "' --dpi 40 -q --pages 2-4,1";
-  ASSERT_EQ(Tarvik(doc + " --threads 1 -o a.png").code, 0);
-  ASSERT_EQ(Tarvik(doc + " --threads 2 -o b.png").code, 0);
-  for (int page : {1, 2, 3, 4}) {
-    const std::string a = Slurp(dir_ / ("a-" + std::to_string(page) + ".png"));
-    EXPECT_GT(Shape(a).first, 0) << page;
-    EXPECT_EQ(a, Slurp(dir_ / ("b-" + std::to_string(page) + ".png"))) << page;
-  }
-  EXPECT_FALSE(fs::exists(dir_ / "a-5.png"));
-  ASSERT_EQ(Tarvik(doc + " -o all.pdf").code, 0);
-  EXPECT_EQ(Shape(Slurp(dir_ / "all.pdf")), std::make_pair(0, 4));
-}
-
 }  // namespace

@@ -134,19 +134,5 @@ TEST(HostileRender_Limits, TheRendererTellsItsReasonUntilRestarted) {
   EXPECT_TRUE(render.GetStopMessage().empty());
 }
 
-// The composite fan-out reaches the renderer through an OFD seal picture too.
-TEST(HostileRender_Seal, OfdSealPictureFanOutIsBounded) {
-  tarvik::SetDeviceCreator(BitmapDeviceCreator, nullptr);
-  std::string bytes = testing_support::CompositeFanOutSealPackage(9, 10);
-  bool isOfd = false;
-  std::unique_ptr<Dib> picture(tarvik::ParseSealImage(reinterpret_cast<unsigned char*>(bytes.data()),
-                                                      static_cast<unsigned>(bytes.size()), 0, 0,
-                                                      kDpi, isOfd));
-  tarvik::SetDeviceCreator(nullptr, nullptr);
-  EXPECT_TRUE(isOfd);
-  ASSERT_TRUE(picture);
-  EXPECT_TRUE(HasInk(*picture));
-}
-
 }  // namespace
 }  // namespace host

@@ -159,21 +159,6 @@ std::vector<GoldenCase> GoldenCases() {
       "</ofd:Area></ofd:Clip></ofd:Clips>"
       "<ofd:AbbreviatedData>M 0 0 L 40 0 L 40 40 L 0 40 C</ofd:AbbreviatedData></ofd:PathObject>";
 
-  auto line = [](const char* attrs, float y) {
-    const std::string yy = std::to_string(y);
-    return std::string("<ofd:PathObject ID=\"9\" Boundary=\"0 0 40 40\" ") + attrs +
-           "><ofd:AbbreviatedData>M 8 " + yy + " L 32 " + yy + "</ofd:AbbreviatedData></ofd:PathObject>";
-  };
-  const std::string dash =
-      line("LineWidth=\"3\" Cap=\"Butt\"", 5) + line("LineWidth=\"3\" Cap=\"Round\"", 11) +
-      line("LineWidth=\"3\" Cap=\"Square\"", 17) + line("LineWidth=\"1.5\" Cap=\"Round\" DashPattern=\"3 3\"", 23) +
-      "<ofd:PathObject ID=\"8\" Boundary=\"0 0 40 40\" LineWidth=\"2.5\" Join=\"Round\">"
-      "<ofd:StrokeColor Value=\"0 128 0\"/><ofd:AbbreviatedData>M 4 38 L 12 28 L 20 38"
-      "</ofd:AbbreviatedData></ofd:PathObject>"
-      "<ofd:PathObject ID=\"7\" Boundary=\"0 0 40 40\" LineWidth=\"2.5\" Join=\"Bevel\">"
-      "<ofd:StrokeColor Value=\"0 0 200\"/><ofd:AbbreviatedData>M 22 38 L 30 28 L 38 38"
-      "</ofd:AbbreviatedData></ofd:PathObject>";
-
   const std::string stops =
       "<ofd:Segment Position=\"0\"><ofd:Color Value=\"255 0 0\"/></ofd:Segment>"
       "<ofd:Segment Position=\"0.5\"><ofd:Color Value=\"255 255 0\"/></ofd:Segment>"
@@ -214,7 +199,6 @@ std::vector<GoldenCase> GoldenCases() {
       {"render_seal_like", ring + star + text, "", "", "", {}},
       {"render_png_image", image, "", "", "", {{"Doc_0/Res/img.png", png}}},
       {"render_clip", clip, "", "", "", {}},
-      {"render_dash_caps", dash, "", "", "", {}},
       {"render_shading", shading, "", "", "", {}},
       {"render_draw_order", square("0 160 0", 5),
        "<ofd:Template TemplateID=\"3\" ZOrder=\"Foreground\"/><ofd:Template TemplateID=\"2\"/>",
@@ -325,6 +309,8 @@ TEST(OfdRender_Text, GlyphIndicesAndGroupsDrawTheRightCharacters) {
   }
 }
 
+
+
 TEST(OfdRender_Text, CharactersTheFontLacksComeFromElsewhereOrAsBoxes) {
   TARVIK_NEED_FONTS("AR PL UKai CN", "DejaVu Sans");
   // ♔ is in neither 楷体's substitute nor the CJK fallback, but in DejaVu Sans.
@@ -389,13 +375,6 @@ TEST(OfdRender_Paths, ColoursTakeTheirSpaceAlphaAndDefaults) {
     EXPECT_PRED2(near, dib->GetPixel(Point(20, 20)), c.inside) << c.name;
     EXPECT_PRED2(near, dib->GetPixel(Point(4, 20)), c.edge) << c.name;
   }
-  // Text without a colour is filled black.
-  const std::string code = "<ofd:TextCode X=\"5\" Y=\"30\">测试</ofd:TextCode>";
-  std::unique_ptr<Dib> plain = RenderPackage(OnePage(Text("Font=\"4\"", code)), 80, 80);
-  std::unique_ptr<Dib> black = RenderPackage(OnePage(Text("Font=\"4\"", Solid("0 0 0") + code)), 80, 80);
-  ASSERT_TRUE(plain && black);
-  EXPECT_GT(CountInk(*plain), 50);
-  EXPECT_EQ(CountDifferent(*plain, *black), 0);
 }
 
 // A 40 x 40 mm square filled with a pattern whose cell holds a 2 x 2 mm
@@ -423,21 +402,7 @@ TEST(OfdRender_Paths, PatternCellsRepeatAtTheirStep) {
   }
 }
 
-// A GIF's transparent index makes the picture transparent only where pixels use it.
-TEST(OfdRender_Images, TransparencyIsJudgedFromThePixelsPresent) {
-  const struct { std::vector<uint8_t> indices; int transparent; bool expected; } cases[] = {
-      {{0, 1, 1, 0}, -1, false}, {{0, 1, 1, 0}, 2, false}, {{0, 1, 2, 0}, 2, true}};
-  for (const auto& c : cases) {
-    testing_support::GifFrame frame;
-    frame.width = frame.height = 2;
-    frame.indices = c.indices, frame.transparent = c.transparent;
-    const std::string gif = testing_support::MakeGif(2, 2, {0xFFFFFFFF, 0xFFFF0000, 0xFF00FF00}, {frame});
-    StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(gif));
-    std::unique_ptr<Dib> dib = DecodeImage(reader.get());
-    ASSERT_NE(dib, nullptr) << c.transparent;
-    EXPECT_EQ(HasTransparency(*dib), c.expected) << c.transparent;
-  }
-}
+
 
 // ---------------------------------------------------------------------------
 // Real documents, first page at 40 dpi
@@ -544,22 +509,6 @@ TEST(OfdRender_Seal, OpaquePicturesMultiplyTransparentOnesDrawOver) {
   }
 }
 
-TEST(OfdRender_Seal, AskedSizeFollowsThePicturesOwnAxes) {
-  const struct { Matrix matrix; int width, height; } cases[] = {
-      {Matrix(2, 0, 0, 2, 0, 0), 60, 40},
-      {Matrix(0, 2, -2, 0, 200, 0), 60, 40},  // a quarter turn
-      {Matrix(1.5f, 0, 0, 3, 0, 0), 45, 60},
-      {Matrix(2.49f, 0, 0, 2.51f, 0, 0), 75, 50},
-  };
-  for (const auto& c : cases) {
-    SealRequest request;
-    RenderSeal(&request, c.matrix);
-    EXPECT_EQ(request.calls, 1);
-    EXPECT_EQ(request.asked.width, c.width);
-    EXPECT_EQ(request.asked.height, c.height);
-  }
-}
-
 // ---------------------------------------------------------------------------
 // Slices and robustness
 
@@ -585,18 +534,6 @@ TEST(OfdRender_Slices, ManyObjectsTakeSeveralContinueCalls) {
   EXPECT_EQ(r.dib->GetPixel(Point(40, 60)), kWhite);
 }
 
-TEST(OfdRender_Slices, NothingToDrawBeforeStartOrWithoutTargets) {
-  OfdProgressiveRender render(nullptr, nullptr, nullptr, 0, 0, 0);
-  EXPECT_EQ(render.Continue(), 0);
-  OfdRenderContext empty(0);
-  std::unique_ptr<Device> device = CreateBitmapDevice(4, 4, kDibArgb32, kWhite);
-  EXPECT_EQ(render.StartRender(nullptr, device.get()), 0);
-  EXPECT_EQ(render.StartRender(&empty, nullptr), 0);
-  EXPECT_EQ(render.StartRender(&empty, device.get()), 0);
-  EXPECT_EQ(render.Continue(), 0);
-  OfdClipPageArea(nullptr, nullptr, Matrix());
-  OfdClipPageArea(device.get(), nullptr, Matrix());
-}
 
 TEST(OfdRender_Hostile, BrokenObjectsDrawWithoutHarm) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
