@@ -76,8 +76,6 @@ const HostileCase kCases[] = {
     {"template_fan_out", [] { return testing_support::TemplateFanOutPackage(8, 10); }, RenderStop::kNone, {}, 8, true},
     {"one_crossing_path_30k", [] { return testing_support::SelfCrossingPathsPackage(1, 30000); },
      RenderStop::kScanRows, {}, 0, false},
-    {"forty_crossing_paths_100k", [] { return testing_support::SelfCrossingPathsPackage(40, 100000); },
-     RenderStop::kScanRows, {}, 0, false},
     // Cut to a million segments when parsed, still too much to draw.
     {"one_crossing_path_3m", [] { return testing_support::SelfCrossingPathsPackage(1, 3000000); },
      RenderStop::kScanRows, {}, 0, false},

@@ -121,23 +121,6 @@ struct GoldenCase {
 };
 
 std::vector<GoldenCase> GoldenCases() {
-  const std::string ring =
-      "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" LineWidth=\"1.2\"><ofd:StrokeColor Value=\"220 0 0\"/>"
-      "<ofd:AbbreviatedData>M 38 20 A 18 18 0 1 1 2 20 A 18 18 0 1 1 38 20 C"
-      "</ofd:AbbreviatedData></ofd:PathObject>";
-  const std::string star =
-      "<ofd:PathObject ID=\"2\" Boundary=\"0 0 40 40\" Fill=\"true\" Stroke=\"false\">" + Solid("220 0 0") +
-      "<ofd:AbbreviatedData>M 20 12 L 21.646 16.735 L 26.657 16.837 L 22.663 19.865 "
-      "L 24.114 24.663 L 20 21.8 L 15.886 24.663 L 17.337 19.865 L 13.343 16.837 "
-      "L 18.354 16.735 C</ofd:AbbreviatedData></ofd:PathObject>";
-  // Straight text below the star, and one character turned by its CTM.
-  const std::string text =
-      "<ofd:TextObject ID=\"3\" Boundary=\"0 0 40 40\" Font=\"3\" Size=\"4\">" + Solid("220 0 0") +
-      "<ofd:TextCode X=\"10\" Y=\"32\" DeltaX=\"4 4 4 4\">测试专用章</ofd:TextCode></ofd:TextObject>"
-      "<ofd:TextObject ID=\"4\" Boundary=\"6 6 10 10\" CTM=\"0.866 0.5 -0.5 0.866 2 0\" "
-      "Font=\"4\" Size=\"5\">" + Solid("220 0 0") + "<ofd:TextCode X=\"0\" Y=\"5\">印</ofd:TextCode></ofd:TextObject>";
-
-
   const std::string circle = "M 36 20 A 16 16 0 1 1 4 20 A 16 16 0 1 1 36 20 C";
   const std::string clip =
       "<ofd:PathObject ID=\"1\" Boundary=\"0 0 40 40\" Fill=\"true\">" + Solid("0 0 255") +
@@ -185,7 +168,6 @@ std::vector<GoldenCase> GoldenCases() {
       "</ofd:Appearance></ofd:Annot></ofd:PageAnnot>";
 
   return {
-      {"render_seal_like", ring + star + text, "", "", "", {}},
       {"render_clip", clip, "", "", "", {}},
       {"render_shading", shading, "", "", "", {}},
       {"render_draw_order", square("0 160 0", 5),
