@@ -39,22 +39,6 @@ Path RectPath(float x, float y, float w, float h) {
   return p;
 }
 
-// Bounding box of the pixels with any alpha; empty (left > right) when none.
-struct Box {
-  int left = 1 << 20, top = 1 << 20, right = -1, bottom = -1;
-};
-Box InkBox(const Dib& dib) {
-  Box box;
-  for (int y = 0; y < dib.GetHeight(); ++y) {
-    for (int x = 0; x < dib.GetWidth(); ++x) {
-      if (dib.GetPixel({x, y}) >> 24 == 0) continue;
-      box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x),
-             std::max(box.bottom, y)};
-    }
-  }
-  return box;
-}
-
 // Straight alpha goes in through a bitmap and comes back out unchanged, and
 // untouched pixels of a transparent white background stay 0x00FFFFFF.
 TEST(BitmapDevice_Alpha, SurvivesPremultiplication) {
@@ -193,54 +177,6 @@ TEST(BitmapDevice_DrawBitmapMatrix, ScalesUnitSquare) {
   auto device = NewDevice(4, 4, 0);
   EXPECT_FALSE(device->DrawBitmapMatrix(source.get(), Matrix(0, 0, 0, 0, 1, 1)));
   EXPECT_FALSE(device->DrawBitmapMatrix(source.get(), Matrix(NAN, 0, 0, 1, 0, 0)));
-}
-
-TEST(BitmapDevice_Golden, RingAndStar) {
-  auto device = NewDevice(64, 64, 0xFFFFFFFF);
-  Path ring;
-  ring.AddEllipse(16, 16, 13, 13);
-  host::StrokeStyle style;
-  style.width = 2;  // 4 pixels under the matrix
-  ASSERT_TRUE(device->StrokePath(ring, Matrix(2, 0, 0, 2, 0, 0), 0xFFE00000, style));
-  Path star;  // five points, drawn in one stroke: even-odd leaves the centre empty
-  for (int i = 0; i < 5; ++i) {
-    const double angle = -std::numbers::pi / 2 + i * 4 * std::numbers::pi / 5;
-    const float x = static_cast<float>(std::cos(angle)), y = static_cast<float>(std::sin(angle));
-    if (i == 0) {
-      star.MoveTo(x, y);
-    } else {
-      star.LineTo(x, y);
-    }
-  }
-  star.Close();
-  ASSERT_TRUE(device->FillPath(star, Matrix(20, 0, 0, 20, 32, 33), 0xC00040E0,
-                               host::FillRule::kEvenOdd));
-  auto dib = Take(*device);
-  EXPECT_TRUE(testing_support::CompareWithReference(*dib, "bitmap_device_ring_star", 2));
-}
-
-// Past 256 pixels per em glyphs are filled as outlines rather than cached as
-// masks: the ink is the same shape, just scaled.
-TEST(BitmapDevice_DrawText, LargeGlyphsDrawAsOutlinesWithTheSameInk) {
-  TARVIK_NEED_FONTS("WenQuanYi Zen Hei");
-  host::Font font(nullptr);
-  ASSERT_NE(font.LoadFont(U"WenQuanYi Zen Hei", nullptr, 3, 400, 0), 0);
-  Box boxes[2];
-  int inked[2] = {0, 0};
-  const float sizes[2] = {250, 262};  // a cached mask, then an outline
-  for (int i = 0; i < 2; ++i) {
-    auto device = NewDevice(320, 320, 0x00FFFFFF);
-    const Matrix at(1, 0, 0, 1, 10, 280);
-    ASSERT_NE(device->DrawText(U"中", 1, &font, &at, 0xFF000000, sizes[i]), 0);
-    const auto dib = Take(*device);
-    boxes[i] = InkBox(*dib);
-    for (int y = 0; y < 320; ++y)
-      for (int x = 0; x < 320; ++x) inked[i] += (dib->GetPixel({x, y}) >> 24) > 0x80;
-  }
-  const double scale = sizes[1] / sizes[0];
-  EXPECT_NEAR(boxes[1].right - boxes[1].left, (boxes[0].right - boxes[0].left) * scale, 2);
-  EXPECT_NEAR(boxes[1].bottom - boxes[1].top, (boxes[0].bottom - boxes[0].top) * scale, 2);
-  EXPECT_NEAR(inked[1], inked[0] * scale * scale, inked[0] * 0.03);
 }
 
 }  // namespace

@@ -83,56 +83,6 @@ TEST(OfdPackage_Load, ResultsAndDocumentEntries) {
   package.ClosePackage();  // twice is harmless
 }
 
-// A reader that records its destruction.
-class TrackedReader : public StreamReader {
- public:
-  TrackedReader(std::string bytes, bool* released) : bytes_(std::move(bytes)), released_(released) {}
-  ~TrackedReader() override { *released_ = true; }
-  uint64_t GetSize() const override { return bytes_.size(); }
-  size_t ReadBlock(void* out, uint64_t offset, size_t size) override {
-    if (offset >= bytes_.size()) return 0;
-    const size_t n = std::min<size_t>(size, bytes_.size() - offset);
-    std::memcpy(out, bytes_.data() + offset, n);
-    return n;
-  }
-  const uint8_t* GetBuffer() const override { return reinterpret_cast<const uint8_t*>(bytes_.data()); }
-
- private:
-  std::string bytes_;
-  bool* released_;
-};
-
-TEST(OfdPackage_Load, FlagOneTakesOverTheReaderEvenOnFailure) {
-  for (const std::string& bytes : {SmallPackage(), std::string("garbage")}) {
-    bool released = false;
-    {
-      OfdPackage package;
-      package.LoadFromStream(new TrackedReader(bytes, &released), 1);
-      EXPECT_FALSE(released);
-    }
-    EXPECT_TRUE(released);
-  }
-  bool released = false;
-  TrackedReader kept(SmallPackage(), &released);
-  {
-    OfdPackage package;
-    EXPECT_EQ(package.LoadFromStream(&kept, 0), 0);
-  }
-  EXPECT_FALSE(released);
-}
-
-TEST(OfdLocation_Normalize, Table) {
-  const struct { const char *base, *location, *want; } cases[] = {
-      {"Doc_0/", "Res/a.png", "Doc_0/Res/a.png"},       {"Doc_0", "./Res/../Res/a.png", "Doc_0/Res/a.png"},
-      {"Doc_0/", "/Doc_1/a.png", "Doc_1/a.png"},        {"Doc_0/", "../../../a.png", "a.png"},
-      {"Doc_0/", "\\Doc_0\\Res\\a.png", "Doc_0/Res/a.png"}, {"", "//a//b/./c", "a/b/c"},
-      {"Doc_0/", "", "Doc_0"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(ResolveLocation(c.base, c.location), c.want) << c.location;
-  EXPECT_EQ(FolderOf("Doc_0/Pages/Page_0.xml"), "Doc_0/Pages/");
-  EXPECT_EQ(FolderOf("OFD.xml"), "");
-}
-
 TEST(OfdPackage_LoadRawStream, ResolvesAbsoluteRelativeAndCase) {
   testing_support::Opened o = testing_support::Open(SmallPackage());
   ASSERT_NE(o.doc, nullptr);
@@ -154,26 +104,6 @@ TEST(OfdPackage_LoadRawStream, ResolvesAbsoluteRelativeAndCase) {
   }
   o.package->ClosePackage();
   EXPECT_EQ(o.package->LoadRawStream(doc, "Res/img.png", 1), nullptr);
-}
-
-TEST(ZipArchive_Limits, OversizedEntriesAreRefusedRereadsAreNotChargedAgain) {
-  // Deflates to a few tens of kilobytes, inflates past the per-entry cap.
-  const std::string bomb(ZipArchive::kMaxEntryBytes + 1, '\0'), half(ZipArchive::kMaxEntryBytes / 2, '\0');
-  const std::string zip = BuildZip({{"big.bin", bomb}, {"small.txt", "ok"}, {"half.bin", half}});
-  ASSERT_LT(zip.size(), 1u << 20);
-  StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(zip));
-  auto archive = ZipArchive::Open(reader.get());
-  ASSERT_NE(archive, nullptr);
-  std::string out;
-  EXPECT_FALSE(archive->ReadNamed("big.bin", out));
-  EXPECT_TRUE(archive->ReadNamed("SMALL.TXT", out, true));
-  EXPECT_EQ(out, "ok");
-  EXPECT_FALSE(archive->ReadNamed("SMALL.TXT", out, false));
-  EXPECT_EQ(archive->Find("missing"), -1);
-  // Far more than the total budget in all, but one distinct entry.
-  for (uint64_t read = 0; read <= ZipArchive::kMaxTotalBytes; read += half.size())
-    ASSERT_TRUE(archive->ReadNamed("half.bin", out)) << read;
-  EXPECT_EQ(out.size(), half.size());
 }
 
 }  // namespace

@@ -125,8 +125,6 @@ TEST(DocumentRender, SignedSamplesMatchTheirReferences) {
   text.verticalAlign = 1, text.horizontalAlign = 2, text.outside = 1;
   const struct { const char *reference, *file; bool cross; int colorMode; bool withText; } cases[] = {
       {"signed_v4_png", "signed_v4_png.ofd", false, 0, false},
-      {"signed_v1_png", "signed_v1_png.ofd", false, 0, false},
-      {"signed_v4_ofdseal", "signed_v4_ofdseal.ofd", false, 0, false},
       {"signed_ofdseal_black", "signed_v4_ofdseal.ofd", false, 2, false},
       {"signed_cross_grey_text", "signed_v4_png.ofd", true, 1, true}};
   for (const auto& c : cases) {
