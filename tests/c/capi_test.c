@@ -217,6 +217,29 @@ static void test_signed_sample(const char* source) {
   tarvik_close(doc);
 }
 
+/* Opening from bytes, with verification: the document keeps its own copy,
+   and every check of the verdict can be read. */
+static void test_memory_and_verdicts(const char* source) {
+  size_t size = 0;
+  unsigned char* data = read_sample(source, "signed_v4_ofdseal.ofd", &size);
+  tarvik_document* doc = NULL;
+  tarvik_signature sig;
+  tarvik_check check;
+  int i;
+
+  CHECK(data != NULL && tarvik_open_memory(data, size, NULL, &doc) == TARVIK_OK);
+  free(data);
+  if (!doc) return;
+  sig.struct_size = sizeof sig;
+  check.struct_size = sizeof check;
+  CHECK(tarvik_signature_info(doc, 0, &sig) == TARVIK_OK && sig.verdict == TARVIK_INTACT && sig.check_count > 0);
+  for (i = 0; i < sig.check_count; ++i) {
+    CHECK(tarvik_signature_check(doc, 0, i, &check) == TARVIK_OK && check.name[0] != '\0');
+  }
+  CHECK_FAILS(tarvik_signature_check(doc, 0, sig.check_count, &check), TARVIK_OUT_OF_RANGE);
+  tarvik_close(doc);
+}
+
 static void test_decode_seal(const char* source) {
   size_t size = 0;
   unsigned char* data = read_sample(source, "sample_seal.ofd", &size);
@@ -248,6 +271,7 @@ int main(int argc, char** argv) {
   test_null_arguments();
   test_bad_input(argv[1]);
   test_signed_sample(argv[1]);
+  test_memory_and_verdicts(argv[1]);
   test_decode_seal(argv[1]);
   if (failures) fprintf(stderr, "%d checks failed\n", failures);
   return failures ? 1 : 0;
