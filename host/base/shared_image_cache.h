@@ -4,14 +4,12 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <unordered_map>
 
 #include "host/base/dib.h"
 #include "host/base/host_export.h"
+#include "host/base/lru_cache.h"
 
 namespace host {
 
@@ -20,31 +18,22 @@ class HOST_API SharedImageCache {
   /// Bytes of pixels kept at most (default 128 MiB).
   static constexpr uint64_t kDefaultMaxBytes = uint64_t{128} << 20;
 
-  explicit SharedImageCache(uint64_t maxBytes = kDefaultMaxBytes) : maxBytes_(maxBytes) {}
+  explicit SharedImageCache(uint64_t maxBytes = kDefaultMaxBytes) : cache_(maxBytes) {}
   SharedImageCache(const SharedImageCache&) = delete;
   SharedImageCache& operator=(const SharedImageCache&) = delete;
 
   /// The picture kept under `key`, now the most recently used; null when none.
-  std::shared_ptr<const Dib> Find(const std::string& key);
+  std::shared_ptr<const Dib> Find(const std::string& key) { return cache_.Find(key); }
   /// Keeps `dib` under `key` (replacing what was there) unless it alone
   /// exceeds the bound, then drops the least recently used until the total
   /// fits. The picture must not change afterwards: it is shared.
   void Store(const std::string& key, std::shared_ptr<const Dib> dib);
 
-  uint64_t GetByteCount() const;
-  size_t GetCount() const;
+  uint64_t GetByteCount() const { return cache_.GetCost(); }
+  size_t GetCount() const { return cache_.GetCount(); }
 
  private:
-  struct Entry {
-    std::string key;
-    std::shared_ptr<const Dib> dib;
-    uint64_t bytes;
-  };
-  mutable std::mutex mutex_;
-  uint64_t maxBytes_;
-  uint64_t bytes_ = 0;
-  std::list<Entry> order_;  // most recently used first
-  std::unordered_map<std::string, std::list<Entry>::iterator> index_;
+  LruCache<std::string, std::shared_ptr<const Dib>> cache_;
 };
 
 }  // namespace host

@@ -6,14 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
-#include <list>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "host/base/lru_cache.h"
 #include "host/ofd/ofd_page_object.h"
 #include "host/ofd/ofd_resource.h"
 #include "host/ofd/page_object_parser.h"
@@ -43,29 +40,18 @@ class OfdTemplateCache {
   /// Objects kept at most, over all templates.
   static constexpr size_t kDefaultMaxObjects = 500000;
 
-  explicit OfdTemplateCache(size_t maxObjects = kDefaultMaxObjects) : maxObjects_(maxObjects) {}
+  explicit OfdTemplateCache(size_t maxObjects = kDefaultMaxObjects) : cache_(maxObjects) {}
   OfdTemplateCache(const OfdTemplateCache&) = delete;
   OfdTemplateCache& operator=(const OfdTemplateCache&) = delete;
 
   /// The template kept under `id`, now the most recently used; null when none.
-  std::shared_ptr<const OfdParsedTemplate> Find(uint32_t id);
+  std::shared_ptr<const OfdParsedTemplate> Find(uint32_t id) { return cache_.Find(id); }
   /// Keeps `parsed` under `id` (replacing what was there) unless it alone
   /// exceeds the bound, then drops the least recently used until the total fits.
   void Store(uint32_t id, std::shared_ptr<const OfdParsedTemplate> parsed);
 
  private:
-  struct Entry {
-    uint32_t id;
-    std::shared_ptr<const OfdParsedTemplate> parsed;
-    size_t objects;
-  };
-  void Drop(std::list<Entry>::iterator it);
-
-  std::mutex mutex_;
-  const size_t maxObjects_;
-  size_t objects_ = 0;
-  std::list<Entry> order_;  // most recently used first
-  std::unordered_map<uint32_t, std::list<Entry>::iterator> index_;
+  LruCache<uint32_t, std::shared_ptr<const OfdParsedTemplate>> cache_;
 };
 
 }  // namespace host
