@@ -39,7 +39,7 @@ std::unique_ptr<BitmapDevice> BitmapDevice::Create(int width, int height, uint32
 Dib* BitmapDevice::TakeBitmap() {
   if (!canvas_) return nullptr;
   std::unique_ptr<Canvas> canvas = std::move(canvas_);
-  auto dib = Dib::Create(width_, height_, kDibArgb32);
+  auto dib = Dib::CreateUnfilled(width_, height_, kDibArgb32);
   if (!dib) return nullptr;
   cairo_surface_flush(canvas->surface.get());
   CopyUnpremultiplied(cairo_image_surface_get_data(canvas->surface.get()),

@@ -27,12 +27,13 @@ ImageFormat SniffFormat(const uint8_t* p, size_t n) {
   return kImageUnknown;
 }
 
-std::unique_ptr<Dib> Decode(ImageFormat format, const uint8_t* data, size_t size, int frame) {
+std::unique_ptr<Dib> Decode(ImageFormat format, const uint8_t* data, size_t size, int frame,
+                            Size minSize, bool* reduced) {
   switch (format) {
     case kImageBmp:
       return frame == 0 ? DecodeBmp(data, size) : nullptr;
     case kImageJpeg:
-      return frame == 0 ? DecodeJpeg(data, size) : nullptr;
+      return frame == 0 ? DecodeJpeg(data, size, minSize, reduced) : nullptr;
     case kImagePng:
       return frame == 0 ? DecodePng(data, size) : nullptr;
     case kImageGif:
@@ -44,6 +45,29 @@ std::unique_ptr<Dib> Decode(ImageFormat format, const uint8_t* data, size_t size
     default:
       return nullptr;
   }
+}
+
+// The picture in `reader`, whole unless a JPEG may be reduced to `minSize`.
+std::unique_ptr<Dib> Load(StreamReader* reader, ImageFormat format, int frame, Size minSize,
+                          bool* reduced) {
+  if (!reader || frame < 0) return nullptr;
+  const uint64_t size = reader->GetSize();
+  if (size == 0 || size > kMaxEncodedSize) return nullptr;
+
+  const uint8_t* data = reader->GetBuffer();
+  std::vector<uint8_t> copy;
+  if (!data) {
+    try {
+      copy.resize(static_cast<size_t>(size));
+    } catch (const std::bad_alloc&) {
+      return nullptr;
+    }
+    if (reader->ReadBlock(copy.data(), 0, copy.size()) != copy.size()) return nullptr;
+    data = copy.data();
+  }
+
+  if (format == kImageUnknown) format = SniffFormat(data, static_cast<size_t>(size));
+  return Decode(format, data, static_cast<size_t>(size), frame, minSize, reduced);
 }
 
 }  // namespace
@@ -70,26 +94,7 @@ ImageFormat GetImageFormat(StreamReader* reader) {
 
 Dib* LoadBitmapFromStream(StreamReader* reader, ImageFormat format, Size* imageSize,
                           const Rect* clip, int* frame) {
-  if (!reader) return nullptr;
-  const int frameIndex = frame ? *frame : 0;
-  if (frameIndex < 0) return nullptr;
-  const uint64_t size = reader->GetSize();
-  if (size == 0 || size > kMaxEncodedSize) return nullptr;
-
-  const uint8_t* data = reader->GetBuffer();
-  std::vector<uint8_t> copy;
-  if (!data) {
-    try {
-      copy.resize(static_cast<size_t>(size));
-    } catch (const std::bad_alloc&) {
-      return nullptr;
-    }
-    if (reader->ReadBlock(copy.data(), 0, copy.size()) != copy.size()) return nullptr;
-    data = copy.data();
-  }
-
-  if (format == kImageUnknown) format = SniffFormat(data, static_cast<size_t>(size));
-  std::unique_ptr<Dib> dib = Decode(format, data, static_cast<size_t>(size), frameIndex);
+  std::unique_ptr<Dib> dib = Load(reader, format, frame ? *frame : 0, Size(), nullptr);
   if (!dib) return nullptr;
   const Size full(dib->GetWidth(), dib->GetHeight());
   if (clip) {
@@ -98,6 +103,11 @@ Dib* LoadBitmapFromStream(StreamReader* reader, ImageFormat format, Size* imageS
   }
   if (imageSize) *imageSize = full;
   return dib.release();
+}
+
+std::unique_ptr<Dib> DecodeImageToShow(StreamReader* reader, Size shownSize, bool* reduced) {
+  if (reduced) *reduced = false;
+  return Load(reader, kImageUnknown, 0, shownSize, reduced);
 }
 
 }  // namespace host

@@ -43,6 +43,15 @@ inline std::unique_ptr<Dib> DecodeImage(StreamReader* reader, ImageFormat format
   return std::unique_ptr<Dib>(LoadBitmapFromStream(reader, format, nullptr, nullptr, nullptr));
 }
 
+/// As DecodeImage, for a picture shown at `shownSize` device pixels (each
+/// way along its own axes): a JPEG is decoded reduced by 2, 4 or 8, straight
+/// from its DCT coefficients, when it would still have at least that many
+/// pixels each way. Far less work for a scan drawn smaller than its pixels;
+/// for vector output, ask with an empty size (whole picture). `reduced`
+/// (optional) tells whether it was. Thread-safe.
+HOST_API std::unique_ptr<Dib> DecodeImageToShow(StreamReader* reader, Size shownSize,
+                                                bool* reduced);
+
 /// Encodes a bitmap as PNG (32-bit with alpha, 24-bit RGB, or paletted);
 /// false on failure. Written for speed (zlib level 1, the Up filter); a
 /// file of a fully opaque 32-bit bitmap is written as 24-bit RGB.

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "host/base/dib.h"
+#include "host/base/geometry.h"
 
 namespace host {
 
@@ -15,7 +16,11 @@ namespace host {
 // oversized data, or a frame that does not exist. None prints, throws or
 // keeps state between calls; all are thread-safe.
 std::unique_ptr<Dib> DecodeBmp(const uint8_t* data, size_t size);
-std::unique_ptr<Dib> DecodeJpeg(const uint8_t* data, size_t size);
+/// Reduced by 2, 4 or 8 when the smaller picture still has `minSize` pixels
+/// each way (the largest such reduction; `reduced`, when given, is set then);
+/// whole when `minSize` is empty.
+std::unique_ptr<Dib> DecodeJpeg(const uint8_t* data, size_t size, Size minSize = {},
+                                bool* reduced = nullptr);
 std::unique_ptr<Dib> DecodePng(const uint8_t* data, size_t size);
 /// `frame` counts from 0; later frames are composed over the earlier ones.
 std::unique_ptr<Dib> DecodeGif(const uint8_t* data, size_t size, int frame);

@@ -81,6 +81,10 @@ class HOST_API Device {
                  const Matrix& glyphMatrix, uint32_t color, BlendMode blend = BlendMode::kNormal);
   /// Number of unmatched SaveState calls.
   int SaveDepth() const { return saveDepth_; }
+  /// True when drawing ends in pixels of the device's own (a bitmap), so
+  /// that a picture need not be finer than them; false for output that keeps
+  /// pictures at their own resolution (PDF, SVG).
+  bool IsRaster() const { return OnIsRaster(); }
 
  protected:
   virtual void OnSaveState() = 0;
@@ -103,6 +107,7 @@ class HOST_API Device {
                            uint32_t, BlendMode) {
     return 0;
   }
+  virtual bool OnIsRaster() const { return true; }
 
  private:
   int saveDepth_ = 0;

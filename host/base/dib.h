@@ -41,6 +41,11 @@ class HOST_API Dib {
   /// A new bitmap filled with zero bytes (palette entries 0), or null when the
   /// size is not allowed, the format is unknown or memory runs out.
   static std::unique_ptr<Dib> Create(int width, int height, DibFormat format);
+  /// As Create, but the pixel bytes are left unwritten, for a caller that
+  /// writes every one of them next (a decoder, a copy).
+  static std::unique_ptr<Dib> CreateUnfilled(int width, int height, DibFormat format) {
+    return Allocate(width, height, format);
+  }
   virtual ~Dib();
   Dib(const Dib&) = delete;
   Dib& operator=(const Dib&) = delete;

@@ -68,9 +68,22 @@ void CmykToBgr(const JSAMPLE* in, uint8_t* out, int width, bool inverted) {
   }
 }
 
+// The largest reduction (8, 4 or 2) whose picture still has `minSize` pixels
+// each way; 1 when none has, or when no size is asked for.
+unsigned ReductionFor(JDIMENSION width, JDIMENSION height, Size minSize) {
+  if (minSize.width <= 0 || minSize.height <= 0) return 1;
+  for (unsigned d : {8u, 4u, 2u}) {
+    if ((width + d - 1) / d >= static_cast<unsigned>(minSize.width) &&
+        (height + d - 1) / d >= static_cast<unsigned>(minSize.height)) {
+      return d;
+    }
+  }
+  return 1;
+}
+
 // Decodes once the error handler is armed. An error longjmps out of here, so
 // nothing in this frame may need destroying: the state owns it all.
-bool ReadJpegBody(JpegReadState* s) {
+bool ReadJpegBody(JpegReadState* s, Size minSize) {
   jpeg_decompress_struct& c = s->cinfo;
   jpeg_create_decompress(&c);
   c.mem->max_memory_to_use = kMaxJpegMemory;
@@ -99,9 +112,15 @@ bool ReadJpegBody(JpegReadState* s) {
       c.out_color_space = JCS_EXT_BGR;
       break;
   }
+  // Reduced pictures come from the DCT coefficients directly: far less work
+  // than decoding every pixel and scaling down afterwards.
+  const unsigned reduction = ReductionFor(c.image_width, c.image_height, minSize);
+  c.scale_num = 1;
+  c.scale_denom = reduction;
   jpeg_start_decompress(&c);
   if (s->err.truncated || c.output_components != components ||
-      c.output_width != c.image_width || c.output_height != c.image_height) {
+      c.output_width != (c.image_width + reduction - 1) / reduction ||
+      c.output_height != (c.image_height + reduction - 1) / reduction) {
     return false;
   }
   const int width = static_cast<int>(c.output_width);
@@ -119,10 +138,10 @@ bool ReadJpegBody(JpegReadState* s) {
   return true;
 }
 
-bool ReadJpeg(JpegReadState* s) {
+bool ReadJpeg(JpegReadState* s, Size minSize) {
   if (setjmp(s->err.jump)) return false;
   try {
-    return ReadJpegBody(s);
+    return ReadJpegBody(s, minSize);
   } catch (const std::bad_alloc&) {
     return false;
   }
@@ -130,7 +149,7 @@ bool ReadJpeg(JpegReadState* s) {
 
 }  // namespace
 
-std::unique_ptr<Dib> DecodeJpeg(const uint8_t* data, size_t size) {
+std::unique_ptr<Dib> DecodeJpeg(const uint8_t* data, size_t size, Size minSize, bool* reduced) {
   if (size < 3 || data[0] != 0xFF || data[1] != 0xD8) return nullptr;
   auto state = std::make_unique<JpegReadState>();
   JpegReadState& s = *state;
@@ -140,7 +159,8 @@ std::unique_ptr<Dib> DecodeJpeg(const uint8_t* data, size_t size) {
   s.err.pub.error_exit = JpegErrorExit;
   s.err.pub.emit_message = JpegEmitMessage;
   s.err.pub.output_message = JpegOutputMessage;
-  if (!ReadJpeg(&s)) return nullptr;
+  if (!ReadJpeg(&s, minSize)) return nullptr;
+  if (reduced) *reduced = s.cinfo.scale_denom > 1;
   return std::move(s.dib);
 }
 

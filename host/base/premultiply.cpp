@@ -19,11 +19,13 @@ uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background) {
 }
 
 void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, Dib& out) {
+  const int width = out.GetWidth();
   for (int y = 0; y < out.GetHeight(); ++y) {
     const auto* in = reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride);
     uint8_t* row = out.GetScanline(y);
-    for (int x = 0; x < out.GetWidth(); ++x) {
-      const uint32_t argb = UnpremultiplyArgb(in[x], background);
+    for (int x = 0; x < width; ++x) {
+      // Opaque pixels, most of a page, need no division.
+      const uint32_t argb = in[x] >> 24 == 255 ? in[x] : UnpremultiplyArgb(in[x], background);
       row[4 * x] = static_cast<uint8_t>(argb);
       row[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
       row[4 * x + 2] = static_cast<uint8_t>(argb >> 16);
@@ -34,27 +36,31 @@ void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, D
 
 void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
   const DibFormat format = dib.GetFormat();
+  const int width = dib.GetWidth();
   std::array<uint32_t, 256> palette{};
   if (format == kDibIndexed8) {
     for (int i = 0; i < 256; ++i) palette[i] = PremultiplyArgb(dib.GetPaletteEntry(i));
   }
+  // One loop per format, so that each is simple enough to vectorise.
   for (int y = 0; y < dib.GetHeight(); ++y) {
     const uint8_t* in = dib.GetScanline(y);
     auto* out = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
-    for (int x = 0; x < dib.GetWidth(); ++x) {
-      switch (format) {
-        case kDibIndexed8:
-          out[x] = palette[in[x]];
-          break;
-        case kDibRgb24:
+    switch (format) {
+      case kDibIndexed8:
+        for (int x = 0; x < width; ++x) out[x] = palette[in[x]];
+        break;
+      case kDibRgb24:
+        for (int x = 0; x < width; ++x) {
           out[x] = 0xFF000000u | uint32_t{in[3 * x + 2]} << 16 | uint32_t{in[3 * x + 1]} << 8 |
                    in[3 * x];
-          break;
-        default:
+        }
+        break;
+      default:
+        for (int x = 0; x < width; ++x) {
           out[x] = PremultiplyArgb(uint32_t{in[4 * x + 3]} << 24 | uint32_t{in[4 * x + 2]} << 16 |
                                    uint32_t{in[4 * x + 1]} << 8 | in[4 * x]);
-          break;
-      }
+        }
+        break;
     }
   }
 }

@@ -49,6 +49,9 @@ class HOST_API VectorDevice final : public CairoDevice {
   /// A vector device has no bitmap: null.
   Dib* TakeBitmap() override { return nullptr; }
 
+ protected:
+  bool OnIsRaster() const override { return false; }
+
  private:
   struct Output;  // the sink and whether it failed; outlives the surface
 

@@ -34,14 +34,19 @@ std::unique_ptr<Dib> ApplyMask(const Dib& image, const Dib& mask) {
   return out;
 }
 
+uint64_t ByteCount(const Dib& dib) {
+  return static_cast<uint64_t>(dib.GetPitch()) * static_cast<uint64_t>(dib.GetHeight());
+}
+
 }  // namespace
 
-std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media) {
+std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media, Size shownSize, bool* reduced) {
+  if (reduced) *reduced = false;
   std::string bytes;
   if (!media.LoadData(bytes) || bytes.empty()) return nullptr;
   StreamReaderPtr reader(StreamReader::CreateMemoryStreamReader(std::move(bytes)));
   if (!reader) return nullptr;
-  return DecodeImage(reader.get());
+  return DecodeImageToShow(reader.get(), shownSize, reduced);
 }
 
 bool HasTransparency(const Dib& dib) {
@@ -74,22 +79,40 @@ bool HasTransparency(const Dib& dib) {
 ImageCache::ImageCache() = default;
 ImageCache::~ImageCache() = default;
 
-const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask) {
+// A whole picture (or one that does not decode) serves every size; a reduced
+// one only sizes it still covers.
+bool ImageCache::Serves(const Entry& entry, Size shownSize) {
+  if (!entry.reduced) return true;
+  return shownSize.width > 0 && shownSize.height > 0 &&
+         entry.image->GetWidth() >= shownSize.width && entry.image->GetHeight() >= shownSize.height;
+}
+
+const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask, Size shownSize) {
   if (!media) return nullptr;
   const auto key = std::make_pair(media, mask);
   auto it = images_.find(key);
-  if (it != images_.end()) return it->second.get();
-  // The document's cache knows a picture by its file (and its mask's).
+  if (it != images_.end() && Serves(it->second, shownSize)) return it->second.image.get();
+  // The document's cache knows a picture by its file (and its mask's); a
+  // reduced one under a name of its own, so that both may be kept.
   const OfdResourceContainer* container = media->ResourceContainer;
   const OfdDocument* doc = container ? container->GetDocument() : nullptr;
-  std::string shared;
+  std::string whole, reduced;
   if (doc && !media->PrimaryLoc.IsEmpty()) {
-    shared.assign(media->PrimaryLoc.view());
-    if (mask) shared.append("\n").append(mask->PrimaryLoc.view());
+    whole.assign(media->PrimaryLoc.view());
+    if (mask) whole.append("\n").append(mask->PrimaryLoc.view());
+    reduced = whole + "\nreduced";
   }
-  std::shared_ptr<const Dib> image = shared.empty() ? nullptr : doc->GetImageCache().Find(shared);
-  if (!image) {
-    std::unique_ptr<Dib> decoded = DecodeMultiMedia(*media);
+  Entry entry;
+  if (!whole.empty()) {
+    entry.image = doc->GetImageCache().Find(whole);
+    if (!entry.image) {
+      entry.image = doc->GetImageCache().Find(reduced);
+      entry.reduced = entry.image != nullptr;
+    }
+  }
+  if (!entry.image || !Serves(entry, shownSize)) {
+    bool wasReduced = false;
+    std::unique_ptr<Dib> decoded = DecodeMultiMedia(*media, shownSize, &wasReduced);
     if (decoded && mask) {
       // A mask that does not decode leaves the picture as it is.
       if (std::unique_ptr<Dib> maskImage = DecodeMultiMedia(*mask)) {
@@ -97,11 +120,16 @@ const Dib* ImageCache::Get(const OfdMultiMedia* media, const OfdMultiMedia* mask
       }
     }
     if (decoded) decoded->KeepDeviceData();  // converted once however often it is drawn
-    image = std::move(decoded);
-    if (image && !shared.empty()) doc->GetImageCache().Store(shared, image);
+    entry.image = std::move(decoded);
+    entry.reduced = entry.image && wasReduced;
+    if (entry.image && !whole.empty())
+      doc->GetImageCache().Store(entry.reduced ? reduced : whole, entry.image);
   }
-  if (image) bytes_ += static_cast<uint64_t>(image->GetPitch()) * static_cast<uint64_t>(image->GetHeight());
-  return images_.emplace(key, std::move(image)).first->second.get();
+  if (it != images_.end() && it->second.image) bytes_ -= ByteCount(*it->second.image);
+  if (entry.image) bytes_ += ByteCount(*entry.image);
+  Entry& kept = images_[key];
+  kept = std::move(entry);
+  return kept.image.get();
 }
 
 }  // namespace host

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/base/dib.h"
+#include "host/base/geometry.h"
 
 namespace host {
 
@@ -25,19 +26,30 @@ class ImageCache {
   /// `mask` applied when given: the mask's brightness becomes the picture's
   /// opacity (white opaque, black transparent), stretched to the picture's
   /// size. Null when the data is missing or does not decode (remembered, so
-  /// it is not tried again). Owned by the cache.
-  const Dib* Get(const OfdMultiMedia* media, const OfdMultiMedia* mask);
+  /// it is not tried again). Owned by the cache. `shownSize` is the size it
+  /// is drawn at on a raster device, in pixels along its own axes: a JPEG may
+  /// then come reduced, no smaller than that (see DecodeImageToShow); empty
+  /// for the whole picture.
+  const Dib* Get(const OfdMultiMedia* media, const OfdMultiMedia* mask, Size shownSize = {});
 
   /// Bytes of the pictures held.
   uint64_t GetByteCount() const { return bytes_; }
 
  private:
+  struct Entry {
+    std::shared_ptr<const Dib> image;  // null: does not decode
+    bool reduced = false;
+  };
+  static bool Serves(const Entry& entry, Size shownSize);
+
   uint64_t bytes_ = 0;
-  std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, std::shared_ptr<const Dib>> images_;
+  std::map<std::pair<const OfdMultiMedia*, const OfdMultiMedia*>, Entry> images_;
 };
 
-/// Decodes a multimedia resource's picture; null on failure.
-std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media);
+/// Decodes a multimedia resource's picture; null on failure. With a
+/// `shownSize`, as DecodeImageToShow (`reduced` tells whether it was).
+std::unique_ptr<Dib> DecodeMultiMedia(const OfdMultiMedia& media, Size shownSize = {},
+                                      bool* reduced = nullptr);
 
 /// True when some pixel of `dib` is not fully opaque (32-bit pixels, or the
 /// palette entries an indexed bitmap's pixels use).

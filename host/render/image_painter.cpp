@@ -1,5 +1,6 @@
 #include "host/render/image_painter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -27,6 +28,16 @@ void PaintSeal(PaintContext& pc, const OfdMultiMedia& media, const Matrix& matri
   pc.device->DrawBitmapMatrix(picture.get(), matrix, opacity, blend);
 }
 
+// The size a picture is drawn at on a raster device, in pixels along its own
+// axes; empty (the whole picture) for other devices or absurd sizes.
+Size ShownSize(const Device& device, const Matrix& matrix) {
+  if (!device.IsRaster()) return Size();
+  const double width = std::max(1.0, std::ceil(static_cast<double>(matrix.XUnit())));
+  const double height = std::max(1.0, std::ceil(static_cast<double>(matrix.YUnit())));
+  if (!(width <= kMaxDibSide && height <= kMaxDibSide)) return Size();
+  return Size(static_cast<int>(width), static_cast<int>(height));
+}
+
 }  // namespace
 
 void PaintImage(PaintContext& pc, const OfdImageObject& object, const Matrix& parent, int alpha) {
@@ -39,7 +50,8 @@ void PaintImage(PaintContext& pc, const OfdImageObject& object, const Matrix& pa
     PaintSeal(pc, *object.media, matrix, opacity);
     return;
   }
-  const Dib* picture = pc.images->Get(object.media, object.imageMask);
+  const Dib* picture =
+      pc.images->Get(object.media, object.imageMask, ShownSize(*pc.device, matrix));
   if (picture) pc.device->DrawBitmapMatrix(picture, matrix, opacity, ObjectBlendMode(object));
 }
 
