@@ -9,42 +9,41 @@
 namespace host {
 
 BitmapDevice::BitmapDevice(int width, int height, uint32_t background,
-                           std::unique_ptr<Canvas> canvas)
-    : CairoDevice(width, height, std::move(canvas)), background_(background) {}
+                           std::unique_ptr<Canvas> canvas, std::unique_ptr<Dib> pixels)
+    : CairoDevice(width, height, std::move(canvas)),
+      background_(background),
+      pixels_(std::move(pixels)) {}
 
-BitmapDevice::~BitmapDevice() = default;
+// The surface draws into the pixels: it goes first.
+BitmapDevice::~BitmapDevice() { canvas_.reset(); }
 
 std::unique_ptr<BitmapDevice> BitmapDevice::Create(int width, int height, uint32_t background) {
-  if (!IsDibSizeAllowed(width, height)) return nullptr;
-  CairoSurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
-  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
-
-  cairo_surface_flush(surface.get());
-  uint8_t* data = cairo_image_surface_get_data(surface.get());
-  const int stride = cairo_image_surface_get_stride(surface.get());
+  // cairo draws straight into the bitmap that TakeBitmap hands over, so the
+  // page is neither allocated nor copied twice.
+  std::unique_ptr<Dib> pixels = Dib::CreateUnfilled(width, height, kDibArgb32);
+  if (!pixels || pixels->GetPitch() != cairo_format_stride_for_width(CAIRO_FORMAT_ARGB32, width))
+    return nullptr;
   const uint32_t pixel = PremultiplyArgb(background);
   for (int y = 0; y < height; ++y) {
-    auto* row = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
-    std::fill_n(row, width, pixel);
+    std::fill_n(reinterpret_cast<uint32_t*>(pixels->GetScanline(y)), width, pixel);
   }
-  cairo_surface_mark_dirty(surface.get());
+  CairoSurfacePtr surface(cairo_image_surface_create_for_data(
+      pixels->GetBuffer(), CAIRO_FORMAT_ARGB32, width, height, pixels->GetPitch()));
+  if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) return nullptr;
 
   std::unique_ptr<Canvas> canvas = Canvas::Make(std::move(surface));
   if (!canvas) return nullptr;
-  std::unique_ptr<BitmapDevice> device(
-      new (std::nothrow) BitmapDevice(width, height, background, std::move(canvas)));
+  std::unique_ptr<BitmapDevice> device(new (std::nothrow) BitmapDevice(
+      width, height, background, std::move(canvas), std::move(pixels)));
   return device;
 }
 
 Dib* BitmapDevice::TakeBitmap() {
   if (!canvas_) return nullptr;
-  std::unique_ptr<Canvas> canvas = std::move(canvas_);
-  auto dib = Dib::CreateUnfilled(width_, height_, kDibArgb32);
-  if (!dib) return nullptr;
-  cairo_surface_flush(canvas->surface.get());
-  CopyUnpremultiplied(cairo_image_surface_get_data(canvas->surface.get()),
-                      cairo_image_surface_get_stride(canvas->surface.get()), background_, *dib);
-  return dib.release();
+  cairo_surface_flush(canvas_->surface.get());
+  canvas_.reset();
+  UnpremultiplyInPlace(*pixels_, background_);
+  return pixels_.release();
 }
 
 std::unique_ptr<Device> CreateBitmapDevice(int width, int height, DibFormat format,

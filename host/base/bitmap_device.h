@@ -28,9 +28,11 @@ class BitmapDevice final : public CairoDevice {
   Dib* TakeBitmap() override;
 
  private:
-  BitmapDevice(int width, int height, uint32_t background, std::unique_ptr<Canvas> canvas);
+  BitmapDevice(int width, int height, uint32_t background, std::unique_ptr<Canvas> canvas,
+               std::unique_ptr<Dib> pixels);
 
   uint32_t background_;
+  std::unique_ptr<Dib> pixels_;  // what the canvas draws into
 };
 
 }  // namespace host

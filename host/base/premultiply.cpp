@@ -20,23 +20,17 @@ uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background) {
   return a << 24 | channel(16) | channel(8) | channel(0);
 }
 
-void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, Dib& out) {
-  const int width = out.GetWidth();
-  for (int y = 0; y < out.GetHeight(); ++y) {
-    const auto* in = reinterpret_cast<const uint32_t*>(data + static_cast<size_t>(y) * stride);
-    uint8_t* row = out.GetScanline(y);
-    if constexpr (std::endian::native == std::endian::little) {
-      // The row as it is, then the pixels that are not opaque (few on a
-      // page) divided back: far fewer branches than pixel by pixel.
-      std::memcpy(row, in, static_cast<size_t>(width) * 4);
-      auto* pixels = reinterpret_cast<uint32_t*>(row);
-      for (int x = 0; x < width; ++x) {
-        if (in[x] >> 24 != 255) pixels[x] = UnpremultiplyArgb(in[x], background);
-      }
-      continue;
-    }
+void UnpremultiplyInPlace(Dib& dib, uint32_t background) {
+  const int width = dib.GetWidth();
+  for (int y = 0; y < dib.GetHeight(); ++y) {
+    uint8_t* row = dib.GetScanline(y);
     for (int x = 0; x < width; ++x) {
-      const uint32_t argb = UnpremultiplyArgb(in[x], background);
+      uint32_t pixel;
+      std::memcpy(&pixel, row + 4 * x, 4);
+      // Opaque pixels, most of a page, are the same either way; in memory
+      // too, where the machine stores B, G, R, A.
+      if (std::endian::native == std::endian::little && pixel >> 24 == 255) continue;
+      const uint32_t argb = UnpremultiplyArgb(pixel, background);
       row[4 * x] = static_cast<uint8_t>(argb);
       row[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
       row[4 * x + 2] = static_cast<uint8_t>(argb >> 16);

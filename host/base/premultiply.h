@@ -22,9 +22,10 @@ inline uint32_t PremultiplyArgb(uint32_t argb) {
 /// covered (alpha 0) takes the RGB of `background`.
 uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background);
 
-/// Writes premultiplied ARGB32 rows, `stride` bytes apart, into `out` (a
-/// kDibArgb32 bitmap of their size) with UnpremultiplyArgb.
-void CopyUnpremultiplied(const uint8_t* data, int stride, uint32_t background, Dib& out);
+/// Turns `dib`, a kDibArgb32 bitmap holding premultiplied pixels as the
+/// machine stores 32-bit words (cairo's ARGB32), into straight alpha with
+/// UnpremultiplyArgb.
+void UnpremultiplyInPlace(Dib& dib, uint32_t background);
 
 /// Writes `dib` (indexed, RGB24 or ARGB32) as premultiplied ARGB32 rows,
 /// `stride` bytes apart, at `data`.
