@@ -4,15 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <pugixml.hpp>
 #include <regex>
-#include <sstream>
 #include <string>
-#include <vector>
 
 #include "support/fonts.h"
 #include "support/fixtures.h"
@@ -29,15 +27,12 @@ constexpr const char* kCli = "";
 
 std::string Slurp(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 struct Outcome {
-  int code = -1;
-  std::string out;
-  std::string err;
+  int code;
+  std::string out, err;
 };
 
 class Cli : public ::testing::Test {
@@ -57,12 +52,8 @@ class Cli : public ::testing::Test {
   Outcome Tarvik(const std::string& args) {
     const std::string command = "cd '" + dir_.string() + "' && '" + kCli + "' " + args +
                                 " >stdout.bin 2>stderr.txt </dev/null";
-    Outcome r;
     const int status = std::system(command.c_str());
-    r.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    r.out = Slurp(dir_ / "stdout.bin");
-    r.err = Slurp(dir_ / "stderr.txt");
-    return r;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(dir_ / "stdout.bin"), Slurp(dir_ / "stderr.txt")};
   }
   fs::path dir_;
 };
@@ -139,9 +130,7 @@ TEST_F(Cli, MessagesAndExitCodes) {
     const Outcome r = Tarvik(c.args);
     EXPECT_EQ(r.code, c.code) << c.args << "\n" << r.err;
     EXPECT_NE((c.code ? r.err : r.out).find(c.message), std::string::npos) << c.args << "\n" << r.out << r.err;
-    if (c.code == 2) {
-      EXPECT_TRUE(r.out.empty()) << c.args;
-    }
+    EXPECT_TRUE(c.code != 2 || r.out.empty()) << c.args;
   }
   EXPECT_FALSE(fs::exists(dir_ / "a.png"));
   // An altered copy of the signed sample: one signed file changed.
@@ -175,21 +164,15 @@ TEST_F(Cli, WritesEachFormatUnderTheExpectedNames) {
       {"seal '" + Sample("sample_seal.ofd") + "' --size 200x200 -o s.png", "s.png", {200, 200}},
       {"seal '" + Sample("sample_seal.png") + "' --gray --text-size 20 --text x -o s.pdf", "s.pdf", {0, 1}},
       {"seal '" + Sample("sample_seal.png") + "' -o s.svg -q", "s.svg", {20, 20}},
-      {"seal '" + esl.string() + "' -o -", fs::exists(esl) ? "-" : nullptr, {0, 0}},  // any PNG
+      {"seal '" + esl.string() + "' -o -", fs::exists(esl) ? "-" : nullptr, {400, 400}},
   };
   for (const auto& c : cases) {
     if (!c.file) continue;
     const Outcome r = Tarvik(c.args);
     ASSERT_EQ(r.code, 0) << c.args << "\n" << r.err;
     const auto shape = Shape(*c.file == '-' ? r.out : Slurp(dir_ / c.file));
-    if (c.shape == std::make_pair(0, 0)) {
-      EXPECT_GT(shape.first, 0) << c.args;
-    } else {
-      EXPECT_EQ(shape, c.shape) << c.args;
-    }
-    if (c.args.find(" -q") != std::string::npos && *c.file != '-') {
-      EXPECT_TRUE(r.out.empty()) << c.args;  // quiet
-    }
+    EXPECT_EQ(shape, c.shape) << c.args;
+    EXPECT_TRUE(c.args.find(" -q") == std::string::npos || *c.file == '-' || r.out.empty()) << c.args;  // quiet
   }
   EXPECT_FALSE(fs::exists(dir_ / "-"));
   const std::string pdf = Slurp(dir_ / "doc.pdf");

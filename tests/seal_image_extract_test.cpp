@@ -70,9 +70,8 @@ TEST(SealImageExtract_Order, FailuresFallThroughWithSharedOutputs) {
 }
 
 TEST(SealImageExtract_Files, MissingOrEmptyFiles) {
-  const struct {
-    const char *name, *primary, *secondary; bool emptyFiles, asked; const char *primaryData, *secondaryData;
-  } cases[] = {
+  const struct { const char *name, *primary, *secondary; bool emptyFiles, asked;
+                 const char *primaryData, *secondaryData; } cases[] = {
       {"secondary only", "", kSignedFile, false, true, "", "SIGNED"},
       {"neither opens", "/nothing", "/nothing2", false, false, "", ""},
       {"both empty locations", "", "", false, false, "", ""},
@@ -110,14 +109,6 @@ TEST(SealImageExtract_Results, FailedPluginBadPictureAndOfd) {
   EXPECT_TRUE(plugin.calls.empty());
 }
 
-
-std::vector<size_t> FedSizes(const ScriptedPlugin& plugin) {
-  std::vector<size_t> sizes;
-  for (const auto& c : plugin.calls)
-    if (c.op == "update") sizes.push_back(c.data.size());
-  return sizes;
-}
-
 TEST(CalcDigest_Pieces, LengthsSplitAt16384) {
   const struct { unsigned length; std::vector<size_t> pieces; } cases[] = {
       {0, {}}, {16384, {16384}}, {16385, {16384, 1}}, {50000, {16384, 16384, 16384, 848}},
@@ -131,11 +122,15 @@ TEST(CalcDigest_Pieces, LengthsSplitAt16384) {
     EXPECT_EQ(CalcDigest(reinterpret_cast<unsigned char*>(data.data()), c.length, "SM3", &plugin, &token, digest), 0);
     // The pieces put back together are the data, zero bytes included.
     std::string joined;
+    std::vector<size_t> sizes;
     for (const auto& call : plugin.calls) {
-      if (call.op == "update") joined += call.data;
+      if (call.op == "update") {
+        sizes.push_back(call.data.size());
+        joined += call.data;
+      }
       EXPECT_TRUE(call.op == "capability" || call.userData == &token);
     }
-    EXPECT_EQ(std::make_pair(FedSizes(plugin), joined), std::make_pair(c.pieces, data)) << c.length;
+    EXPECT_EQ(std::make_pair(sizes, joined), std::make_pair(c.pieces, data)) << c.length;
     const auto& calls = plugin.calls;  // the finish names the handle start gave
     EXPECT_EQ(std::vector({calls.front().op, calls.front().data, calls[1].op, calls[1].data2, calls.back().op,
                            calls.back().data2}),
@@ -145,13 +140,8 @@ TEST(CalcDigest_Pieces, LengthsSplitAt16384) {
 
 TEST(CalcDigest_Fallback, OneShotWhenStepwiseIsMissingOrFails) {
   using V = std::vector<std::string>;
-  const struct {
-    const char* name;
-    bool stepwise;
-    int startResult, failUpdateAt, finishResult, digestResult;
-    V ops;
-    int result;
-  } cases[] = {
+  const struct { const char* name; bool stepwise; int startResult, failUpdateAt, finishResult, digestResult;
+                 V ops; int result; } cases[] = {
       {"no capability", false, 0, -1, 0, 0, V{"capability", "digest"}, 0},
       {"start fails, one-shot fails", true, 3, -1, 0, 9, V{"capability", "start", "digest"}, 9},
       {"second feed fails, finish works", true, 0, 1, 0, 0, V{"capability", "start", "update", "update", "finish"}, 0},
@@ -172,9 +162,7 @@ TEST(CalcDigest_Fallback, OneShotWhenStepwiseIsMissingOrFails) {
     const std::string got(reinterpret_cast<const char*>(digest.GetBuffer()),
                           static_cast<size_t>(digest.GetSize()));
     EXPECT_EQ(got, c.result == 0 ? "oldD" : "old") << c.name;
-    if (plugin.Ops().back() == "digest") {
-      EXPECT_EQ(plugin.calls.back().data, data) << c.name;
-    }
+    EXPECT_TRUE(plugin.Ops().back() != "digest" || plugin.calls.back().data == data) << c.name;
   }
 }
 

@@ -8,6 +8,7 @@
 #include <openssl/evp.h>
 #include <openssl/x509.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -38,13 +39,9 @@ using samples::PackageFiles;
 struct Keys {
   std::unique_ptr<samples::Sm2Signer> root, signer, otherRoot, other;
   Keys() {
-    samples::CertRecipe ca;
-    ca.commonName = "Test Root";
-    ca.ca = true;
-    root = samples::Sm2Signer::Create(ca, nullptr);
+    root = samples::Sm2Signer::Create({.commonName = "Test Root", .ca = true}, nullptr);
     signer = samples::Sm2Signer::Create(samples::CertRecipe(), root.get());
-    ca.commonName = "Other Root";
-    otherRoot = samples::Sm2Signer::Create(ca, nullptr);
+    otherRoot = samples::Sm2Signer::Create({.commonName = "Other Root", .ca = true}, nullptr);
     other = samples::Sm2Signer::Create(samples::CertRecipe(), otherRoot.get());
   }
 };
@@ -54,13 +51,8 @@ const Keys& K() {
 }
 
 samples::SealRecipe Recipe(int layout) {
-  samples::SealRecipe recipe;
-  recipe.layout = layout;
-  recipe.esID = "TEST-1";
-  recipe.name = "Test seal";
-  recipe.pictureType = "PNG";
-  recipe.picture = "PICTURE-A-0123456789";
-  return recipe;
+  return {.layout = layout, .esID = "TEST-1", .name = "Test seal", .pictureType = "PNG",
+          .picture = "PICTURE-A-0123456789", .certList = {}};
 }
 
 std::string* Find(PackageFiles& files, const std::string& path) {
@@ -69,24 +61,22 @@ std::string* Find(PackageFiles& files, const std::string& path) {
   return nullptr;
 }
 
+// Replaces every `from` in `s`, which must hold it.
 void Replace(std::string& s, const std::string& from, const std::string& to) {
-  const size_t at = s.find(from);
-  ASSERT_NE(at, std::string::npos) << from;
-  s.replace(at, from.size(), to);
+  ASSERT_NE(s.find(from), std::string::npos) << from;
+  for (size_t at = s.find(from); at != std::string::npos; at = s.find(from, at + to.size()))
+    s.replace(at, from.size(), to);
 }
 
 std::vector<SignatureVerdict> Verify(const std::string& zip, const std::string& anchors = "") {
   testing_support::Opened o = testing_support::Open(zip);
   if (!o.doc) return {};
-  host::VerifyOptions options;
-  options.trustAnchors = anchors;
-  return host::VerifySignatures(*o.package, *o.doc, options);
+  return host::VerifySignatures(*o.package, *o.doc, {.trustAnchors = anchors});
 }
 
 std::string WritePem(const std::string& name, const samples::Sm2Signer& ca) {
-  const fs::path dir = fs::path(TARVIK_TEST_OUTPUT_DIR);
-  fs::create_directories(dir);
-  const std::string path = (dir / name).string();
+  fs::create_directories(TARVIK_TEST_OUTPUT_DIR);
+  const std::string path = (fs::path(TARVIK_TEST_OUTPUT_DIR) / name).string();
   std::ofstream(path, std::ios::binary) << ca.CertificatePem();
   return path;
 }
@@ -95,128 +85,6 @@ std::string Describe(const SignatureVerdict& v) {
   std::string s = std::string(host::VerifyStatusName(v.status)) + ": " + v.reason + "\n";
   for (const auto& c : v.checks) s += "  [" + std::string(host::CheckOutcomeName(c.outcome)) + "] " + c.name + ": " + c.detail + "\n";
   return s;
-}
-
-// A signed document of `layout`, with the seal and files changed by the case.
-struct TamperCase {
-  const char* name;
-  std::function<void(samples::SealRecipe&)> seal;      // before the seal is made
-  std::function<void(std::string&)> sealBytes;       // after it is made, before signing
-  std::function<void(PackageFiles&)> files;          // after signing
-  const samples::Sm2Signer* signer;                  // null: K().signer
-  VerifyStatus status;
-  const char* check;   // the check that decides; "" when none fails
-  const char* detail;  // a word of its detail
-};
-
-class SignatureVerify_Tampering : public ::testing::TestWithParam<int> {};
-
-TEST_P(SignatureVerify_Tampering, EachChangeGivesItsVerdictAndNamesTheCheck) {
-  const int layout = GetParam();
-  ASSERT_TRUE(K().root && K().signer && K().otherRoot && K().other);
-  samples::CertRecipe early;
-  early.notBefore = 1767225600;  // 2026-01-01, after the signing time
-  early.commonName = "Early Signer";
-  const auto notYetValid = samples::Sm2Signer::Create(early, K().root.get());
-  ASSERT_TRUE(notYetValid);
-  const std::string page = "Doc_0/Pages/Page_0/Content.xml", value = "Doc_0/Signs/Sign_0/SignedValue.dat";
-  const TamperCase cases[] = {
-      {"untouched", nullptr, nullptr, nullptr, nullptr, VerifyStatus::kIntact, "", ""},
-      {"page byte", nullptr, nullptr, [&](PackageFiles& f) { (*Find(f, page))[60] ^= 1; }, nullptr,
-       VerifyStatus::kInvalid, "files", "/Doc_0/Pages/Page_0/Content.xml"},
-      {"file removed", nullptr, nullptr,
-       [](PackageFiles& f) { std::erase_if(f, [](const auto& e) { return e.first == "Doc_0/PublicRes.xml"; }); },
-       nullptr, VerifyStatus::kInvalid, "files", "missing: /Doc_0/PublicRes.xml"},
-      {"Signature.xml changed", nullptr, nullptr,
-       [](PackageFiles& f) { Replace(*Find(f, "Doc_0/Signs/Sign_0/Signature.xml"), "Version=\"1.0\"", "Version=\"1.1\""); },
-       nullptr, VerifyStatus::kInvalid, "data hash", "Signature.xml changed"},
-      {"signature bit flipped", nullptr, nullptr, [&](PackageFiles& f) { Find(f, value)->back() ^= 0x10; }, nullptr,
-       VerifyStatus::kInvalid, "signature", "does not verify"},
-      {"dataHash replaced", nullptr, nullptr,
-       [&](PackageFiles& f) {
-         const std::string hash = samples::Sm3(*Find(f, "Doc_0/Signs/Sign_0/Signature.xml"));
-         Replace(*Find(f, value), hash, samples::Sm3("other"));
-       },
-       nullptr, VerifyStatus::kInvalid, "data hash", "not the digest"},
-      {"seal picture swapped", nullptr, [](std::string& seal) { Replace(seal, "PICTURE-A", "PICTURE-B"); }, nullptr,
-       nullptr, VerifyStatus::kInvalid, "seal signature", "does not verify"},
-      {"seal expired before signing", [](samples::SealRecipe& s) { s.validEnd = "20241231000000Z"; }, nullptr, nullptr,
-       nullptr, VerifyStatus::kInvalid, "seal validity", "outside"},
-      {"signer not in the seal's list",
-       [](samples::SealRecipe& s) { s.certList = {K().other->Certificate()}; }, nullptr, nullptr, nullptr,
-       VerifyStatus::kInvalid, "seal certificate list", "not one the seal lists"},
-      {"certificate not yet valid", [&](samples::SealRecipe& s) { s.maker = K().signer.get(); }, nullptr, nullptr,
-       notYetValid.get(), VerifyStatus::kInvalid, "signer certificate dates", "not yet valid"},
-      {"unknown algorithm", nullptr, nullptr,
-       [&](PackageFiles& f) {
-         const std::string sm2 = "\x06\x08\x2A\x81\x1C\xCF\x55\x01\x83\x75", odd = "\x06\x08\x2A\x03\x04\x05\x06\x07\x08\x09";
-         std::string& v = *Find(f, value);
-         for (size_t at = v.find(sm2); at != std::string::npos; at = v.find(sm2)) v.replace(at, sm2.size(), odd);
-       },
-       nullptr, VerifyStatus::kUnknown, "signature", "unknown signature algorithm 1.2.3.4.5.6.7.8.9"},
-      {"garbage certificate", nullptr, nullptr,
-       [&](PackageFiles& f) {
-         // Everywhere: as signer, seal maker and in the seal's list.
-         const std::string cert = K().signer->Certificate();
-         std::string& v = *Find(f, value);
-         ASSERT_NE(v.find(cert), std::string::npos);
-         for (size_t at = v.find(cert); at != std::string::npos; at = v.find(cert))
-           v.replace(at, cert.size(), std::string(cert.size(), 'x'));
-       },
-       nullptr, VerifyStatus::kUnknown, "signature", "not DER X.509"},
-  };
-  for (const TamperCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    const samples::Sm2Signer& signer = c.signer ? *c.signer : *K().signer;
-    samples::SealRecipe recipe = Recipe(layout);
-    if (c.seal) c.seal(recipe);
-    if (!recipe.maker) recipe.maker = K().signer.get();
-    if (recipe.certList.empty()) recipe.certList = {signer.Certificate()};
-    std::string seal = samples::BuildSeal(recipe, signer);
-    if (c.sealBytes) c.sealBytes(seal);
-    PackageFiles files = samples::SignedDocumentFiles(layout, seal, signer);
-    ASSERT_FALSE(files.empty());
-    if (c.files) c.files(files);
-    const std::vector<SignatureVerdict> verdicts = Verify(samples::Zip(files));
-    ASSERT_EQ(verdicts.size(), 1u);
-    const SignatureVerdict& v = verdicts[0];
-    EXPECT_EQ(v.status, c.status) << Describe(v);
-    if (*c.check) {
-      const host::VerifyCheck* check = v.Find(c.check);
-      ASSERT_NE(check, nullptr) << Describe(v);
-      EXPECT_EQ(check->outcome, c.status == VerifyStatus::kUnknown ? CheckOutcome::kNotChecked : CheckOutcome::kFailed);
-      EXPECT_NE(check->detail.find(c.detail), std::string::npos) << Describe(v);
-      EXPECT_NE(v.reason.find(c.check), std::string::npos) << v.reason;
-    } else {
-      for (const auto& check : v.checks) EXPECT_NE(check.outcome, CheckOutcome::kFailed) << Describe(v);
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(BothLayouts, SignatureVerify_Tampering, ::testing::Values(1, 4));
-
-TEST(SignatureVerify, TrustAnchorsDecideValidOrNotTrusted) {
-  ASSERT_TRUE(K().root && K().signer);
-  samples::SealRecipe recipe = Recipe(4);
-  const std::string zip = samples::SignedDocument(4, recipe, *K().signer);
-  const std::string good = WritePem("verify_root.pem", *K().root);
-  const std::string stranger = WritePem("verify_other_root.pem", *K().otherRoot);
-  const struct { std::string anchors; VerifyStatus status; const char* trust; } cases[] = {
-      {good, VerifyStatus::kValid, "chains to the trust anchor"},
-      {fs::path(good).parent_path().string(), VerifyStatus::kValid, "chains to the trust anchor"},
-      {stranger, VerifyStatus::kIntact, "unable to get local issuer certificate"},
-      {"/nonexistent/roots.pem", VerifyStatus::kIntact, "no certificate"},
-      {"", VerifyStatus::kIntact, "no trust anchors given"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.anchors);
-    const std::vector<SignatureVerdict> v = Verify(zip, c.anchors);
-    ASSERT_EQ(v.size(), 1u);
-    EXPECT_EQ(v[0].status, c.status) << Describe(v[0]);
-    EXPECT_EQ(v[0].trusted, c.status == VerifyStatus::kValid);
-    ASSERT_NE(v[0].Find("trust"), nullptr);
-    EXPECT_NE(v[0].Find("trust")->detail.find(c.trust), std::string::npos) << Describe(v[0]);
-  }
 }
 
 // A certificate whose RSA key has a modulus of `bits` bits (not a real key:
@@ -260,24 +128,125 @@ std::string CmsOver(const std::string& content) {
   return out;
 }
 
-TEST(SignatureVerify, SignTypeValuesAsCms) {
-  const std::string xml = "Doc_0/Signs/Sign_0/Signature.xml", value = "Doc_0/Signs/Sign_0/SignedValue.dat";
-  const struct { const char* name; bool changeAfterSigning; VerifyStatus status; const char* detail; } cases[] = {{"over Signature.xml", false, VerifyStatus::kIntact, "CMS SignedData verifies"},
-               {"Signature.xml changed", true, VerifyStatus::kInvalid, "does not verify"}};
-  for (const auto& c : cases) {
+// A signed document of `layout`, with the seal and files changed by the case.
+struct TamperCase {
+  const char* name;
+  std::function<void(samples::SealRecipe&)> seal;      // before the seal is made
+  std::function<void(std::string&)> sealBytes;       // after it is made, before signing
+  std::function<void(PackageFiles&)> files;          // after signing
+  const samples::Sm2Signer* signer;                  // null: K().signer
+  VerifyStatus status;
+  const char* check;   // the check that decides (passed when intact, else failed or not checked)
+  const char* detail;  // a word of its detail
+};
+
+class SignatureVerify_Tampering : public ::testing::TestWithParam<int> {};
+
+TEST_P(SignatureVerify_Tampering, EachChangeGivesItsVerdictAndNamesTheCheck) {
+  const int layout = GetParam();
+  ASSERT_TRUE(K().root && K().signer && K().otherRoot && K().other);
+  const auto notYetValid =  // from 2026-01-01, after the signing time
+      samples::Sm2Signer::Create({.commonName = "Early Signer", .notBefore = 1767225600}, K().root.get());
+  ASSERT_TRUE(notYetValid);
+  const std::string page = "Doc_0/Pages/Page_0/Content.xml", value = "Doc_0/Signs/Sign_0/SignedValue.dat";
+  const std::string xml = "Doc_0/Signs/Sign_0/Signature.xml", &cert = K().signer->Certificate();
+  const std::string sm2 = samples::der::ObjectId("1.2.156.10197.1.501");  // SM2 with SM3
+  const std::string odd = samples::der::ObjectId("1.2.3.4.5.6.7.8.9");
+  const auto bumpVersion = [&](PackageFiles& f) { Replace(*Find(f, xml), "Version=\"1.0\"", "Version=\"1.1\""); };
+  // Type "Sign": the signed value is a CMS SignedData over Signature.xml.
+  const auto cms = [&](PackageFiles& f) {
+    Replace(*Find(f, "Doc_0/Signs/Signatures.xml"), "Type=\"Seal\"", "Type=\"Sign\"");
+    *Find(f, value) = CmsOver(*Find(f, xml));
+  };
+  const TamperCase cases[] = {
+      {"untouched", nullptr, nullptr, nullptr, nullptr, VerifyStatus::kIntact, "signature", "verifies"},
+      {"page byte", nullptr, nullptr, [&](PackageFiles& f) { (*Find(f, page))[60] ^= 1; }, nullptr,
+       VerifyStatus::kInvalid, "files", "/Doc_0/Pages/Page_0/Content.xml"},
+      {"file removed", nullptr, nullptr,
+       [](PackageFiles& f) { std::erase_if(f, [](const auto& e) { return e.first == "Doc_0/PublicRes.xml"; }); },
+       nullptr, VerifyStatus::kInvalid, "files", "missing: /Doc_0/PublicRes.xml"},
+      {"Signature.xml changed", nullptr, nullptr, bumpVersion, nullptr, VerifyStatus::kInvalid, "data hash",
+       "Signature.xml changed"},
+      {"signature bit flipped", nullptr, nullptr, [&](PackageFiles& f) { Find(f, value)->back() ^= 0x10; }, nullptr,
+       VerifyStatus::kInvalid, "signature", "does not verify"},
+      {"dataHash replaced", nullptr, nullptr,
+       [&](PackageFiles& f) { Replace(*Find(f, value), samples::Sm3(*Find(f, xml)), samples::Sm3("other")); },
+       nullptr, VerifyStatus::kInvalid, "data hash", "not the digest"},
+      {"seal picture swapped", nullptr, [](std::string& seal) { Replace(seal, "PICTURE-A", "PICTURE-B"); }, nullptr,
+       nullptr, VerifyStatus::kInvalid, "seal signature", "does not verify"},
+      {"seal expired before signing", [](samples::SealRecipe& s) { s.validEnd = "20241231000000Z"; }, nullptr, nullptr,
+       nullptr, VerifyStatus::kInvalid, "seal validity", "outside"},
+      {"signer not in the seal's list",
+       [](samples::SealRecipe& s) { s.certList = {K().other->Certificate()}; }, nullptr, nullptr, nullptr,
+       VerifyStatus::kInvalid, "seal certificate list", "not one the seal lists"},
+      {"certificate not yet valid", [&](samples::SealRecipe& s) { s.maker = K().signer.get(); }, nullptr, nullptr,
+       notYetValid.get(), VerifyStatus::kInvalid, "signer certificate dates", "not yet valid"},
+      {"unknown algorithm", nullptr, nullptr, [&](PackageFiles& f) { Replace(*Find(f, value), sm2, odd); }, nullptr,
+       VerifyStatus::kUnknown, "signature", "unknown signature algorithm 1.2.3.4.5.6.7.8.9"},
+      {"garbage certificate", nullptr, nullptr,  // everywhere: as signer, seal maker and in the seal's list
+       [&](PackageFiles& f) { Replace(*Find(f, value), cert, std::string(cert.size(), 'x')); },
+       nullptr, VerifyStatus::kUnknown, "signature", "not DER X.509"},
+      {"CMS over Signature.xml", nullptr, nullptr, cms, nullptr, VerifyStatus::kIntact, "signature",
+       "CMS SignedData verifies"},
+      {"CMS, Signature.xml changed", nullptr, nullptr,
+       [&](PackageFiles& f) {
+         cms(f);
+         bumpVersion(f);
+       },
+       nullptr, VerifyStatus::kInvalid, "signature", "does not verify"},
+  };
+  for (const TamperCase& c : cases) {
     SCOPED_TRACE(c.name);
-    PackageFiles files = samples::SignedDocumentFiles(4, samples::BuildSeal(Recipe(4), *K().signer), *K().signer);
+    const samples::Sm2Signer& signer = c.signer ? *c.signer : *K().signer;
+    samples::SealRecipe recipe = Recipe(layout);
+    if (c.seal) c.seal(recipe);
+    if (!recipe.maker) recipe.maker = K().signer.get();
+    if (recipe.certList.empty()) recipe.certList = {signer.Certificate()};
+    std::string seal = samples::BuildSeal(recipe, signer);
+    if (c.sealBytes) c.sealBytes(seal);
+    PackageFiles files = samples::SignedDocumentFiles(layout, seal, signer);
     ASSERT_FALSE(files.empty());
-    Replace(*Find(files, "Doc_0/Signs/Signatures.xml"), "Type=\"Seal\"", "Type=\"Sign\"");
-    *Find(files, value) = CmsOver(*Find(files, xml));
-    ASSERT_FALSE(Find(files, value)->empty());
-    if (c.changeAfterSigning) Replace(*Find(files, xml), "Version=\"1.0\"", "Version=\"1.1\"");
-    const auto v = Verify(samples::Zip(files));
+    if (c.files) c.files(files);
+    const std::vector<SignatureVerdict> verdicts = Verify(samples::Zip(files));
+    ASSERT_EQ(verdicts.size(), 1u);
+    const SignatureVerdict& v = verdicts[0];
+    EXPECT_EQ(v.status, c.status) << Describe(v);
+    const host::VerifyCheck* check = v.Find(c.check);
+    ASSERT_NE(check, nullptr) << Describe(v);
+    EXPECT_EQ(check->outcome, c.status == VerifyStatus::kIntact    ? CheckOutcome::kPassed
+                              : c.status == VerifyStatus::kUnknown ? CheckOutcome::kNotChecked
+                                                                   : CheckOutcome::kFailed);
+    EXPECT_NE(check->detail.find(c.detail), std::string::npos) << Describe(v);
+    if (c.status == VerifyStatus::kIntact) {
+      for (const auto& other : v.checks) EXPECT_NE(other.outcome, CheckOutcome::kFailed) << Describe(v);
+    } else {
+      EXPECT_NE(v.reason.find(c.check), std::string::npos) << v.reason;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(BothLayouts, SignatureVerify_Tampering, ::testing::Values(1, 4));
+
+TEST(SignatureVerify, TrustAnchorsDecideValidOrNotTrusted) {
+  ASSERT_TRUE(K().root && K().signer);
+  const std::string zip = samples::SignedDocument(4, Recipe(4), *K().signer);
+  const std::string good = WritePem("verify_root.pem", *K().root);
+  const std::string stranger = WritePem("verify_other_root.pem", *K().otherRoot);
+  const struct { std::string anchors; VerifyStatus status; const char* trust; } cases[] = {
+      {good, VerifyStatus::kValid, "chains to the trust anchor"},
+      {fs::path(good).parent_path().string(), VerifyStatus::kValid, "chains to the trust anchor"},
+      {stranger, VerifyStatus::kIntact, "unable to get local issuer certificate"},
+      {"/nonexistent/roots.pem", VerifyStatus::kIntact, "no certificate"},
+      {"", VerifyStatus::kIntact, "no trust anchors given"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.anchors);
+    const std::vector<SignatureVerdict> v = Verify(zip, c.anchors);
     ASSERT_EQ(v.size(), 1u);
     EXPECT_EQ(v[0].status, c.status) << Describe(v[0]);
-    ASSERT_NE(v[0].Find("signature"), nullptr);
-    EXPECT_NE(v[0].Find("signature")->detail.find(c.detail), std::string::npos) << Describe(v[0]);
-    EXPECT_NE(v[0].signer.find("CMS Signer"), std::string::npos);
+    EXPECT_EQ(v[0].trusted, c.status == VerifyStatus::kValid);
+    ASSERT_NE(v[0].Find("trust"), nullptr);
+    EXPECT_NE(v[0].Find("trust")->detail.find(c.trust), std::string::npos) << Describe(v[0]);
   }
 }
 
@@ -318,19 +287,16 @@ TEST(SignatureVerify, TimesInTheirWrittenForms) {
   for (const auto& c : cases) {
     int64_t t = 0;
     EXPECT_EQ(host::ParseAsn1Time(c.text, t), c.ok) << c.text;
-    if (c.ok) {
-      EXPECT_EQ(host::FormatUtcTime(t), c.utc) << c.text;
-    }
+    EXPECT_EQ(c.ok ? host::FormatUtcTime(t) : "", c.utc) << c.text;
   }
 }
 
 TEST(SignatureVerify, EarlierSignatureListIsTheCurrentOneCutBeforeLaterEntries) {
-  const std::string now =
-      "<?xml version=\"1.0\"?>\n<ofd:Signatures><ofd:Signature ID=\"s1\" BaseLoc=\"a\"/><ofd:MaxSignId>s6"
-      "</ofd:MaxSignId><ofd:Signature ID=\"s7\" BaseLoc=\"b\"/><ofd:Signature ID=\"s8\" BaseLoc=\"c\"/>"
-      "</ofd:Signatures>";
-  const std::string before7 = "<?xml version=\"1.0\"?>\n<ofd:Signatures><ofd:Signature ID=\"s1\" BaseLoc=\"a\"/>"
-                              "<ofd:MaxSignId>s6</ofd:MaxSignId></ofd:Signatures>";
+  const std::string head = "<?xml version=\"1.0\"?>\n<ofd:Signatures><ofd:Signature ID=\"s1\" BaseLoc=\"a\"/>"
+                           "<ofd:MaxSignId>s6</ofd:MaxSignId>";
+  const std::string now = head + "<ofd:Signature ID=\"s7\" BaseLoc=\"b\"/><ofd:Signature ID=\"s8\" BaseLoc=\"c\"/>"
+                                 "</ofd:Signatures>";
+  const std::string before7 = head + "</ofd:Signatures>";
   std::vector<std::string> added;
   EXPECT_TRUE(host::FindEarlierSignatureList(now, "s1", [&](std::string_view s) { return s == before7; }, added));
   EXPECT_EQ(added, (std::vector<std::string>{"s7", "s8"}));
@@ -364,10 +330,8 @@ TEST(SignatureVerify_Fixtures, VerdictsAndReasons) {
     testing_support::Opened o = testing_support::OpenFile(dir / c.file);
     ASSERT_TRUE(o.doc);
     const auto verdicts = host::VerifySignatures(*o.package, *o.doc, {});
-    const SignatureVerdict* v = nullptr;
-    for (const auto& candidate : verdicts)
-      if (candidate.signatureId == c.id) v = &candidate;
-    ASSERT_NE(v, nullptr);
+    const auto v = std::find_if(verdicts.begin(), verdicts.end(), [&](const auto& x) { return x.signatureId == c.id; });
+    ASSERT_NE(v, verdicts.end());
     EXPECT_EQ(v->status, c.status) << Describe(*v);
     if (*c.check) {
       ASSERT_NE(v->Find(c.check), nullptr) << Describe(*v);

@@ -32,9 +32,8 @@ std::unique_ptr<host::Dib> RenderSignedPage(SignedDocument& doc, tarvik::Tarvik&
   const host::Matrix matrix = page->GetDisplayMatrix(0, 0, w, h, 0);
   host::RenderPageContent(page.get(), device.get(), matrix);
   doc.signatures->AttachSealAnnotations(page.get());
-  for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations()) {
+  for (host::OfdAnnotationSeal* seal : page->GetSealAnnotations())
     tarvik.RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(), matrix);
-  }
   return std::unique_ptr<host::Dib>(device->TakeBitmap());
 }
 
