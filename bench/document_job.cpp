@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "host/base/app_context.h"
 #include "host/base/bitmap_device.h"
 #include "host/base/device.h"
 #include "host/base/path.h"
@@ -20,6 +21,8 @@ namespace bench {
 namespace {
 
 bool OpenDocument(const std::string& path, host::OfdPackage& package, host::OfdDocument& doc) {
+  // As the document library does: fonts configured while the package is read.
+  if (host::AppContext* app = host::AppContext::Get()) app->GetFontMgr()->Prepare();
   return package.LoadFromStream(host::StreamReader::CreateFileStreamReader(path.c_str()), 1) == 0 &&
          package.CountDocuments() > 0 &&
          doc.LoadDocument(&package, package.GetDocument(0), -1) == 0 && doc.CountPages() > 0;

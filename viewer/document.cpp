@@ -10,6 +10,7 @@
 
 #include "device_creator.h"
 #include "fail.h"
+#include "host/base/app_context.h"
 #include "host/base/units.h"
 #include "host/oes/ses_plugin.h"
 #include "host/ofd/ofd_annotation.h"
@@ -31,6 +32,12 @@ std::string Describe(const host::OfdLoadError& e) {
   std::string text = e.entry.empty() ? e.description : e.entry + ": " + e.description;
   if (e.offset >= 0) text += " at offset " + std::to_string(e.offset);
   return text;
+}
+
+// Font configuration loads on another thread while the package is read
+// and its signatures checked: a page's text needs it next.
+void PrepareFonts() {
+  if (host::AppContext* app = host::AppContext::Get()) app->GetFontMgr()->Prepare();
 }
 
 Status StatusOf(int loadCode, Status otherwise) {
@@ -146,6 +153,7 @@ std::unique_ptr<Document> Document::Open(const std::string& path, Error* error,
            path + ": cannot open (" + (code ? std::strerror(code) : "unreadable") + ")");
       return nullptr;
     }
+    PrepareFonts();
     auto impl = std::make_unique<Impl>();
     impl->name = path;
     if (!impl->Load(reader, options, error)) return nullptr;
@@ -170,6 +178,7 @@ std::unique_ptr<Document> Document::OpenMemory(const void* data, size_t size, co
       Fail(error, Status::kOutOfMemory, label + ": out of memory");
       return nullptr;
     }
+    PrepareFonts();
     auto impl = std::make_unique<Impl>();
     impl->name = label;
     if (!impl->Load(reader, options, error)) return nullptr;

@@ -5,6 +5,8 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <exception>
+#include <future>
 #include <tuple>
 #include <utility>
 
@@ -176,11 +178,19 @@ struct FontMgr::Impl {
   std::map<std::tuple<std::string, int, bool>, std::shared_ptr<const FaceSource>> byRequest;
   MemoryFaceCache memoryFaces;  // its own lock
 
+  // The configuration being loaded by Prepare; guarded by `mu`.
+  std::future<FcConfig*> loading;
+
+  ~Impl() {
+    if (loading.valid()) config.reset(loading.get());
+  }
+
   FcConfig* Config() {
-    // Loading the configuration scans font directories: do it on first use only.
+    // Loading the configuration reads every font directory's cache: done
+    // on first use only, or started earlier by Prepare.
     if (!configTried) {
       configTried = true;
-      config.reset(FcInitLoadConfigAndFonts());
+      config.reset(loading.valid() ? loading.get() : FcInitLoadConfigAndFonts());
     }
     return config.get();
   }
@@ -299,6 +309,16 @@ FontMgr::FontMgr() : impl_(std::make_unique<Impl>()) {
 }
 
 FontMgr::~FontMgr() = default;
+
+void FontMgr::Prepare() {
+  std::lock_guard<std::mutex> lock(impl_->mu);
+  if (impl_->configTried || impl_->loading.valid()) return;
+  try {
+    impl_->loading = std::async(std::launch::async, [] { return FcInitLoadConfigAndFonts(); });
+  } catch (const std::exception&) {
+    // No thread to spare: the first lookup loads it.
+  }
+}
 
 bool FontMgr::Ready() const { return impl_->library != nullptr; }
 

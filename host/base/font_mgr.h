@@ -24,6 +24,12 @@ class HOST_API FontMgr {
   FontMgr(const FontMgr&) = delete;
   FontMgr& operator=(const FontMgr&) = delete;
 
+  /// Starts loading the font configuration (fontconfig reading its caches,
+  /// some milliseconds) on a thread of its own, unless it is loaded or
+  /// loading, so that it overlaps other work such as opening a document.
+  /// The first lookup waits for it. Without this call that lookup loads it.
+  void Prepare();
+
   /// Glyph index of `code` in the face; 0 when it has none or `face` is null.
   uint32_t GetGlyphIndex(FaceHandle face, uint32_t code) const;
   /// Advance in thousandths of the font size; 0 for a null face.
