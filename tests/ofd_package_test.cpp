@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "host/base/stream_reader.h"
 #include "host/ofd/ofd_location.h"
@@ -75,9 +76,8 @@ TEST(OfdPackage_Load, ResultsAndDocumentEntries) {
   ASSERT_EQ(package.LoadFromStream(StreamReader::CreateMemoryStreamReader(SmallPackage()), 1), 0);
   const OfdDocBody* body = package.GetDocument(0);
   ASSERT_NE(body, nullptr);
-  EXPECT_EQ(body->docRoot, "/Doc_0/Document.xml");
-  EXPECT_EQ(body->signatures, "/Doc_0/Signs/Signatures.xml");
-  EXPECT_EQ(body->docId, "test");
+  EXPECT_EQ(std::tuple(body->docRoot, body->signatures, body->docId),
+            std::tuple("/Doc_0/Document.xml", "/Doc_0/Signs/Signatures.xml", "test"));
   package.ClosePackage();
   EXPECT_EQ(package.CountDocuments(), 0);
   package.ClosePackage();  // twice is harmless

@@ -16,13 +16,7 @@
 namespace host {
 namespace {
 
-using testing_support::BuildOfdPackage;
-using testing_support::OfdDocumentXml;
-using testing_support::OfdPageXml;
-using testing_support::OfdResXml;
-using testing_support::Open;
-using testing_support::Opened;
-using testing_support::ParsedPage;
+using namespace testing_support;  // NOLINT: packages and opened documents
 
 template <typename T>
 const T* ChildAs(const OfdPageBlock& block, size_t i) {

@@ -8,6 +8,10 @@
 
 namespace testing_support {
 
+/// `v` as `bytes` bytes, least (Le) or most (Be) significant first.
+std::string Le(uint32_t v, int bytes);
+std::string Be(uint32_t v, int bytes);
+
 /// Pixels as 0xAARRGGBB, row by row.
 struct SampleImage {
   int width = 0;
