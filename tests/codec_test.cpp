@@ -52,9 +52,8 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
   for (int y = 0; y < dib.GetHeight(); ++y) {
     for (int x = 0; x < dib.GetWidth(); ++x) {
       const uint32_t got = dib.GetPixel(Point(x, y)), want = expected(x, y);
-      if (!Near(got, want, tolerance) && bad++ < 3) {
+      if (!Near(got, want, tolerance) && bad++ < 3)
         ADD_FAILURE() << "pixel (" << x << ", " << y << ") is " << std::hex << got << ", expected " << want;
-      }
     }
   }
   EXPECT_EQ(bad, 0);
@@ -62,9 +61,8 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
 
 ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interlaced = false) {
   ts::GifFrame f{0, 0, width, height, {}, transparent, interlaced};
-  for (int y = 0; y < height; ++y) {
+  for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) f.indices.push_back(static_cast<uint8_t>((x + 3 * y) % 4));
-  }
   return f;
 }
 
@@ -142,7 +140,7 @@ std::vector<DecodeCase> DecodeCases() {
       {"Bmp32", ts::MakeBmp(rgb, 32, false), kImageBmp, kDibRgb24, rgb, 0},
       {"Bmp8TopDown", ts::MakeBmp(paletted, 8, true, kPalette), kImageBmp, kDibIndexed8, paletted, 0},
       {"Bmp8RunLength", RleBmp(), kImageBmp, kDibIndexed8, rle, 0},
-      {"TiffRgba", ts::MakeTiff({rgba}, true), kImageTiff, kDibArgb32, rgba, 1},
+      {"TiffRgba", ts::MakeTiff(rgba, true), kImageTiff, kDibArgb32, rgba, 1},
       {"Jbig2", Jbig2Page(), kImageJbig2, kDibIndexed8, jbig2, 0},
   };
 }
@@ -248,7 +246,7 @@ TEST(Codec_BadInput, NullWithoutPrinting) {
   const std::string png = ts::MakePng(rgb, ts::PngKind::kRgb), jpeg = ts::MakeJpeg(rgb, false),
                     gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)}), bmp = ts::MakeBmp(rgb, 24, false),
                     bmp8 = ts::MakeBmp(ts::PaletteImage(24, 20, kPalette), 8, true, kPalette),
-                    tiff = ts::MakeTiff({rgb}, false), jbig2 = Jbig2Page();
+                    tiff = ts::MakeTiff(rgb, false), jbig2 = Jbig2Page();
   const size_t sof = jpeg.find("\xFF\xC0"), gifImage = gif.find(',', 13 + 3 * 4);
   ASSERT_TRUE(sof != std::string::npos && gifImage != std::string::npos);
 

@@ -95,12 +95,9 @@ TEST(OfdPackage_LoadRawStream, ResolvesAbsoluteRelativeAndCase) {
   };
   for (const auto& c : cases) {
     StreamReaderPtr stream(o.package->LoadRawStream(c.doc, c.location, 1));
-    if (!c.want) {
-      EXPECT_EQ(stream, nullptr) << c.location;
-      continue;
-    }
-    ASSERT_NE(stream, nullptr) << c.location;
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(stream->GetBuffer()), stream->GetSize()), c.want);
+    const std::string got =
+        stream ? std::string(reinterpret_cast<const char*>(stream->GetBuffer()), stream->GetSize()) : "(none)";
+    EXPECT_EQ(got, c.want ? c.want : "(none)") << c.location;
   }
   o.package->ClosePackage();
   EXPECT_EQ(o.package->LoadRawStream(doc, "Res/img.png", 1), nullptr);

@@ -48,7 +48,7 @@ std::string SamplePackage() {
       "<ofd:CompositeObject ID=\"41\" ResourceID=\"12\"/></ofd:Content></ofd:CompositeGraphicUnit>"
       "</ofd:CompositeGraphicUnits>",
       "Res");
-  const std::string page0 = OfdPageXml(
+  std::string page0 = OfdPageXml(
       "<ofd:PathObject ID=\"20\" Boundary=\"1 2 10 5\" Fill=\"true\" Rule=\"Even-Odd\">"
       "<ofd:AbbreviatedData>M 0 0 L 10 0 L 10 5 C</ofd:AbbreviatedData></ofd:PathObject>"
       "<ofd:TextObject ID=\"21\" Boundary=\"0 0 20 5\" Font=\"3\" Size=\"3\">"
@@ -67,11 +67,7 @@ std::string SamplePackage() {
       "<ofd:Template TemplateID=\"2\" ZOrder=\"Foreground\"/>"
       "<ofd:Area><ofd:PhysicalBox>0 0 40 30</ofd:PhysicalBox></ofd:Area>");
   // The layer's DrawParam 8 inherits 6: red fill, blue stroke, width 2.
-  const std::string layered = [&] {
-    std::string p = page0;
-    p.replace(p.find("<ofd:Layer ID=\"100\">"), 20, "<ofd:Layer ID=\"100\" DrawParam=\"8\">");
-    return p;
-  }();
+  page0.replace(page0.find("<ofd:Layer ID=\"100\">"), 20, "<ofd:Layer ID=\"100\" DrawParam=\"8\">");
   return BuildOfdPackage({
       {"Doc_0/Document.xml",
        OfdDocumentXml({{1, "Pages/Page_0/Content.xml"}, {7, "./Pages/../Pages/Page_1/Content.xml"}},
@@ -80,7 +76,7 @@ std::string SamplePackage() {
       {"Doc_0/DocumentRes.xml", documentRes},
       {"Doc_0/Res/img.png", "PNGDATA"},
       {"Doc_0/Res/font.ttf", "FONT"},
-      {"Doc_0/Pages/Page_0/Content.xml", layered},
+      {"Doc_0/Pages/Page_0/Content.xml", page0},
       {"Doc_0/Pages/Page_1/Content.xml",
        OfdPageXml("<ofd:TextObject ID=\"30\" Boundary=\"0 0 9 9\" Font=\"3\" Size=\"4\">"
                   "<ofd:TextCode X=\"1\" Y=\"4\"> </ofd:TextCode></ofd:TextObject>")},
@@ -204,12 +200,10 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
 }
 
 TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
-  const std::string tpl = [](int next) {
+  auto tpl = [](int next) {
     return OfdPageXml("<ofd:PathObject><ofd:AbbreviatedData>M 0 0 L 1 1</ofd:AbbreviatedData></ofd:PathObject>",
                       "<ofd:Template TemplateID=\"" + std::to_string(next) + "\"/>");
-  }(3);
-  std::string tpl3 = tpl;
-  tpl3.replace(tpl3.find("TemplateID=\"3\""), 14, "TemplateID=\"2\"");
+  };
   // Blocks nested far deeper than the cap, around a text with a huge repeat.
   const std::string hugeRepeat =
       "<ofd:TextObject><ofd:TextCode DeltaX=\"g 4000000000 1\">abc</ofd:TextCode></ofd:TextObject>";
@@ -226,8 +220,8 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
                       common,
                       "<ofd:Annotations>NoSuchFile.xml</ofd:Annotations>")},
       {"Doc_0/Broken.xml", "<ofd:Res><ofd:Fonts>"},
-      {"Doc_0/T2.xml", tpl},
-      {"Doc_0/T3.xml", tpl3},
+      {"Doc_0/T2.xml", tpl(3)},
+      {"Doc_0/T3.xml", tpl(2)},
       {"Doc_0/P0.xml", OfdPageXml("<ofd:PathObject><ofd:AbbreviatedData>M 0 0 X 1 1</ofd:AbbreviatedData>"
                                   "</ofd:PathObject><ofd:Unknown/><ofd:TextObject Font=\"77\"/>",
                                   "<ofd:Template TemplateID=\"2\"/><ofd:Template TemplateID=\"9\"/>")},

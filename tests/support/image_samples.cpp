@@ -185,33 +185,27 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   return out;
 }
 
-std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha) {
+std::string MakeTiff(const SampleImage& image, bool alpha) {
   char path[] = "/tmp/tarvik_sample_XXXXXX";
   const int fd = mkstemp(path);
   if (fd < 0) return {};
   TIFF* tif = TIFFFdOpen(fd, path, "w");
-  const int channels = alpha ? 4 : 3;
-  for (const SampleImage& page : pages) {
-    const std::pair<uint32_t, int> fields[] = {
-        {TIFFTAG_IMAGEWIDTH, page.width}, {TIFFTAG_IMAGELENGTH, page.height}, {TIFFTAG_SAMPLESPERPIXEL, channels},
-        {TIFFTAG_BITSPERSAMPLE, 8}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG},
-        {TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE}, {TIFFTAG_ROWSPERSTRIP, 4}};
-    for (auto [tag, value] : fields) TIFFSetField(tif, tag, value);
-    if (alpha) {
-      const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
-      TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  const std::pair<uint32_t, int> fields[] = {
+      {TIFFTAG_IMAGEWIDTH, image.width}, {TIFFTAG_IMAGELENGTH, image.height}, {TIFFTAG_SAMPLESPERPIXEL, alpha ? 4 : 3},
+      {TIFFTAG_BITSPERSAMPLE, 8}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG},
+      {TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE}, {TIFFTAG_ROWSPERSTRIP, 4}};
+  for (auto [tag, value] : fields) TIFFSetField(tif, tag, value);
+  const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
+  if (alpha) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  std::vector<uint8_t> row;
+  for (int y = 0; y < image.height; ++y) {
+    row.clear();
+    for (int x = 0; x < image.width; ++x) {
+      const uint32_t c = image.At(x, y);
+      row.insert(row.end(), {R(c), G(c), B(c)});
+      if (alpha) row.push_back(A(c));
     }
-    std::vector<uint8_t> row;
-    for (int y = 0; y < page.height; ++y) {
-      row.clear();
-      for (int x = 0; x < page.width; ++x) {
-        const uint32_t c = page.At(x, y);
-        row.insert(row.end(), {R(c), G(c), B(c)});
-        if (alpha) row.push_back(A(c));
-      }
-      TIFFWriteScanline(tif, row.data(), y, 0);
-    }
-    TIFFWriteDirectory(tif);
+    TIFFWriteScanline(tif, row.data(), y, 0);
   }
   TIFFClose(tif);
   std::ifstream in(path, std::ios::binary);

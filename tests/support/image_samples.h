@@ -58,7 +58,7 @@ std::string MakeGif(int width, int height, const std::vector<uint32_t>& palette,
 std::string MakeBmp(const SampleImage& image, int bpp, bool topDown,
                     const std::vector<uint32_t>& palette = {});
 
-/// TIFF, one directory per image, RGB or RGBA (unassociated alpha), deflated.
-std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha);
+/// TIFF, RGB or RGBA (unassociated alpha), deflated.
+std::string MakeTiff(const SampleImage& image, bool alpha);
 
 }  // namespace testing_support
