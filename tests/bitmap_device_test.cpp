@@ -68,13 +68,10 @@ TEST(BitmapDevice_DrawBitmap, DrawsEveryFormatAtOffsets) {
       auto device = NewDevice(10, 7, 0);
       EXPECT_TRUE(device->DrawBitmap(source.get(), dx, dy));
       auto dib = Take(*device);
-      for (int y = 0; y < 7; ++y) {
-        for (int x = 0; x < 10; ++x) {
-          const uint32_t expected = source->GetPixel({x - dx, y - dy});  // 0 outside
-          EXPECT_TRUE(Near(dib->GetPixel({x, y}), expected, 1))
+      for (int y = 0; y < 7; ++y)
+        for (int x = 0; x < 10; ++x)  // the source reads 0 outside itself
+          EXPECT_TRUE(Near(dib->GetPixel({x, y}), source->GetPixel({x - dx, y - dy}), 1))
               << "format " << format << " at " << dx << "," << dy << " pixel " << x << "," << y;
-        }
-      }
     }
   }
   auto device = NewDevice(4, 4, 0);
@@ -100,10 +97,8 @@ TEST(BitmapDevice_Clip, RectAndPathClipUntilRestore) {
   auto dib = Take(*device);
   for (int y = 0; y < 10; ++y) {
     for (int x = 0; x < 10; ++x) {
-      uint32_t expected = 0;
-      if (x >= 2 && x < 8 && y >= 3 && y < 7) expected = 0xFFFF0000;
-      if (x == 0 || y == 0 || x == 9 || y == 9) expected = 0xFF0000FF;
-      EXPECT_EQ(dib->GetPixel({x, y}), expected) << x << "," << y;
+      const bool frame = x == 0 || y == 0 || x == 9 || y == 9, red = x >= 2 && x < 8 && y >= 3 && y < 7;
+      EXPECT_EQ(dib->GetPixel({x, y}), frame ? 0xFF0000FFu : red ? 0xFFFF0000u : 0u) << x << "," << y;
     }
   }
 }
@@ -121,12 +116,13 @@ TEST(BitmapDevice_BadInput, LeavesDeviceUsable) {
   zeroDash.dashes = {0, 0};
   dashed.dashOffset = NAN;
   const Matrix singular(0, 0, 0, 0, 1, 1), huge(1e30f, 0, 0, 1e30f, 0, 0), nan(NAN, 0, 0, 1, 0, 0);
-  EXPECT_FALSE(device->FillPath(box, nan, 0xFF000000, host::FillRule::kNonZero));
-  EXPECT_TRUE(device->FillPath(box, huge, 0x01000000, host::FillRule::kNonZero));
-  EXPECT_FALSE(device->StrokePath(box, singular, 0xFF000000, wide));
-  EXPECT_TRUE(device->StrokePath(box, Matrix(), 0x01000000, wide));
-  EXPECT_TRUE(device->StrokePath(box, Matrix(), 0x01000000, dashed));
-  EXPECT_TRUE(device->StrokePath(box, Matrix(), 0x01000000, zeroDash));
+  EXPECT_EQ((std::vector<bool>{device->FillPath(box, nan, 0xFF000000, host::FillRule::kNonZero),
+                               device->FillPath(box, huge, 0x01000000, host::FillRule::kNonZero),
+                               device->StrokePath(box, singular, 0xFF000000, wide),
+                               device->StrokePath(box, Matrix(), 0x01000000, wide),
+                               device->StrokePath(box, Matrix(), 0x01000000, dashed),
+                               device->StrokePath(box, Matrix(), 0x01000000, zeroDash)}),
+            (std::vector<bool>{false, true, false, true, true, true}));
   device->SaveState();
   device->ClipRect(host::GRect(NAN, 0, 1, 1));
   device->ClipPath(box, nan, host::FillRule::kNonZero);
@@ -134,9 +130,7 @@ TEST(BitmapDevice_BadInput, LeavesDeviceUsable) {
   device->RestoreState();  // unmatched: ignored
   if (haveFont) {
     for (const Matrix& m : {singular, huge, nan}) EXPECT_EQ(device->DrawText(U"中", 1, &font, &m, 0xFF000000, 10), 0);
-    for (float size : {0.0f, -3.0f, NAN, 1e9f}) {
-      EXPECT_EQ(device->DrawText(U"中", 1, &font, nullptr, 0xFF000000, size), 0);
-    }
+    for (float size : {0.0f, -3.0f, NAN, 1e9f}) EXPECT_EQ(device->DrawText(U"中", 1, &font, nullptr, 0xFF000000, size), 0);
   }
   EXPECT_TRUE(device->FillPath(RectPath(0, 0, 8, 8), Matrix(), 0xFF00FF00, host::FillRule::kNonZero));
   EXPECT_EQ(Take(*device)->GetPixel({4, 4}), 0xFF00FF00u);
@@ -146,37 +140,31 @@ TEST(BitmapDevice_DrawBitmapMatrix, ScalesUnitSquare) {
   auto source = Dib::Create(2, 2, host::kDibArgb32);
   const uint32_t c[4] = {0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0xFFFFFF00};
   for (int i = 0; i < 4; ++i) source->SetPixel({i % 2, i / 2}, c[i]);
-  const struct { Matrix m; int alpha; uint32_t topLeft, topRight, bottomLeft, bottomRight; } cases[] = {
-      {Matrix(20, 0, 0, 20, 5, 5), 255, c[0], c[1], c[2], c[3]},
-      {Matrix(-20, 0, 0, 20, 25, 5), 255, c[1], c[0], c[3], c[2]},  // mirrored
-      {Matrix(0, 20, 20, 0, 5, 5), 255, c[0], c[2], c[1], c[3]},    // transposed
-      {Matrix(20, 0, 0, 20, 5, 5), 128, c[0], c[1], c[2], c[3]},
+  // Corners: top left, top right, bottom left, bottom right.
+  const struct { Matrix m; int alpha; uint32_t corners[4]; } cases[] = {
+      {Matrix(20, 0, 0, 20, 5, 5), 255, {c[0], c[1], c[2], c[3]}},
+      {Matrix(-20, 0, 0, 20, 25, 5), 255, {c[1], c[0], c[3], c[2]}},  // mirrored
+      {Matrix(0, 20, 20, 0, 5, 5), 255, {c[0], c[2], c[1], c[3]}},    // transposed
+      {Matrix(20, 0, 0, 20, 5, 5), 128, {c[0], c[1], c[2], c[3]}},
   };
   for (const auto& k : cases) {
     auto device = NewDevice(30, 30, 0);
     ASSERT_TRUE(device->DrawBitmapMatrix(source.get(), k.m, k.alpha));
     auto dib = Take(*device);
-    const uint32_t alpha = static_cast<uint32_t>(k.alpha) << 24;
-    auto expect = [&](int x, int y, uint32_t colour) {
-      EXPECT_TRUE(Near(dib->GetPixel({x, y}), (colour & 0xFFFFFF) | alpha, 1))
-          << x << "," << y << " " << std::hex << dib->GetPixel({x, y});
-    };
     // Pixel centres within a quarter source pixel of the edges, and the
     // outermost rows and columns: padding keeps them unfaded.
     for (int p : {5, 7}) {
-      expect(p, p, k.topLeft);
-      expect(29 - p, p, k.topRight);
-      expect(p, 29 - p, k.bottomLeft);
-      expect(29 - p, 29 - p, k.bottomRight);
+      for (int i = 0; i < 4; ++i) {
+        const int x = i % 2 ? 29 - p : p, y = i / 2 ? 29 - p : p;
+        EXPECT_TRUE(Near(dib->GetPixel({x, y}), (k.corners[i] & 0xFFFFFF) | static_cast<uint32_t>(k.alpha) << 24, 1))
+            << x << "," << y << " " << std::hex << dib->GetPixel({x, y});
+      }
     }
-    for (int p : {0, 4, 25, 29}) {
-      EXPECT_EQ(dib->GetPixel({p, 15}), 0u);
-      EXPECT_EQ(dib->GetPixel({15, p}), 0u);
-    }
+    for (int p : {0, 4, 25, 29}) EXPECT_EQ(std::pair(dib->GetPixel({p, 15}), dib->GetPixel({15, p})), std::pair(0u, 0u));
   }
   auto device = NewDevice(4, 4, 0);
-  EXPECT_FALSE(device->DrawBitmapMatrix(source.get(), Matrix(0, 0, 0, 0, 1, 1)));
-  EXPECT_FALSE(device->DrawBitmapMatrix(source.get(), Matrix(NAN, 0, 0, 1, 0, 0)));
+  EXPECT_FALSE(device->DrawBitmapMatrix(source.get(), Matrix(0, 0, 0, 0, 1, 1)) ||
+               device->DrawBitmapMatrix(source.get(), Matrix(NAN, 0, 0, 1, 0, 0)));
 }
 
 }  // namespace

@@ -52,9 +52,8 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
   for (int y = 0; y < dib.GetHeight(); ++y) {
     for (int x = 0; x < dib.GetWidth(); ++x) {
       const uint32_t got = dib.GetPixel(Point(x, y)), want = expected(x, y);
-      if (!Near(got, want, tolerance) && bad++ < 3) {
+      if (!Near(got, want, tolerance) && bad++ < 3)
         ADD_FAILURE() << "pixel (" << x << ", " << y << ") is " << std::hex << got << ", expected " << want;
-      }
     }
   }
   EXPECT_EQ(bad, 0);
@@ -62,9 +61,8 @@ void ExpectPixels(const Dib& dib, const std::function<uint32_t(int, int)>& expec
 
 ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interlaced = false) {
   ts::GifFrame f{0, 0, width, height, {}, transparent, interlaced};
-  for (int y = 0; y < height; ++y) {
+  for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) f.indices.push_back(static_cast<uint8_t>((x + 3 * y) % 4));
-  }
   return f;
 }
 
@@ -72,11 +70,6 @@ ts::GifFrame FullFrame(int width, int height, int transparent = -1, bool interla
 std::string Patch(std::string s, size_t offset, const std::string& bytes) {
   return s.replace(offset, bytes.size(), bytes);
 }
-
-std::string Be16(int v) { return {static_cast<char>(v >> 8), static_cast<char>(v & 0xFF)}; }
-std::string Le16(int v) { return {static_cast<char>(v & 0xFF), static_cast<char>(v >> 8)}; }
-std::string Be32(uint32_t v) { return Be16(static_cast<int>(v >> 16)) + Be16(static_cast<int>(v & 0xFFFF)); }
-std::string Le32(uint32_t v) { return Le16(static_cast<int>(v & 0xFFFF)) + Le16(static_cast<int>(v >> 16)); }
 
 // A 16 x 16 JBIG2 page, black with a white square at (2, 2) to (10, 10); its
 // page size is at byte 24.
@@ -90,12 +83,12 @@ std::string Jbig2Page() {
 std::string RleBmp() {
   std::string bmp = ts::MakeBmp(ts::PaletteImage(4, 2, kPalette), 8, false, kPalette);
   bmp.resize(14 + 40 + 4 * 4);
-  return Patch(bmp, 30, Le32(1)) + std::string("\x04\x01\x00\x00\x00\x04\x00\x01\x02\x03\x00\x01", 12);
+  return Patch(bmp, 30, ts::Le(1, 4)) + std::string("\x04\x01\x00\x00\x00\x04\x00\x01\x02\x03\x00\x01", 12);
 }
 
 struct DecodeCase {
   const char* name;
-  std::function<std::string()> make;
+  std::string bytes;
   ImageFormat format;
   DibFormat dibFormat;
   ts::SampleImage expected;
@@ -132,30 +125,23 @@ std::vector<DecodeCase> DecodeCases() {
   inside.top = 1;
   using enum ts::PngKind;
   return {
-      {"PngRgb", [=] { return ts::MakePng(rgb, kRgb); }, kImagePng, kDibRgb24, rgb, 0},
-      {"PngRgba", [=] { return ts::MakePng(rgba, kRgba); }, kImagePng, kDibArgb32, rgba, 0},
-      {"PngPalette", [=] { return ts::MakePng(paletted, kIndexed, kPalette); }, kImagePng,
-       kDibIndexed8, paletted, 0},
-      {"PngPaletteTrns", [=] { return ts::MakePng(translucent, kIndexed, kTranslucentPalette); },
-       kImagePng, kDibArgb32, translucent, 0},
-      {"PngGrey", [=] { return ts::MakePng(rgb, kGrey); }, kImagePng, kDibIndexed8, grey(rgb), 0},
-      {"JpegRgb", [=] { return ts::MakeJpeg(big, false); }, kImageJpeg, kDibRgb24, big, 12},
-      {"JpegGrey", [=] { return ts::MakeJpeg(big, true); }, kImageJpeg, kDibIndexed8, grey(big), 6},
-      {"GifOpaque", [] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7)}); }, kImageGif, kDibIndexed8,
-       paletted, 0},
-      {"GifInterlaced", [] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, -1, true)}); }, kImageGif,
-       kDibIndexed8, paletted, 0},
-      {"GifTransparent", [] { return ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, 2)}); }, kImageGif,
-       kDibArgb32, gifTransparent, 0},
-      {"GifFrameInsideScreen", [=] { return ts::MakeGif(9, 7, kPalette, {inside}); }, kImageGif, kDibArgb32,
-       gifInside, 0},
-      {"Bmp24BottomUp", [=] { return ts::MakeBmp(rgb, 24, false); }, kImageBmp, kDibRgb24, rgb, 0},
-      {"Bmp32", [=] { return ts::MakeBmp(rgb, 32, false); }, kImageBmp, kDibRgb24, rgb, 0},
-      {"Bmp8TopDown", [=] { return ts::MakeBmp(paletted, 8, true, kPalette); }, kImageBmp, kDibIndexed8,
-       paletted, 0},
-      {"Bmp8RunLength", RleBmp, kImageBmp, kDibIndexed8, rle, 0},
-      {"TiffRgba", [=] { return ts::MakeTiff({rgba}, true); }, kImageTiff, kDibArgb32, rgba, 1},
-      {"Jbig2", Jbig2Page, kImageJbig2, kDibIndexed8, jbig2, 0},
+      {"PngRgb", ts::MakePng(rgb, kRgb), kImagePng, kDibRgb24, rgb, 0},
+      {"PngRgba", ts::MakePng(rgba, kRgba), kImagePng, kDibArgb32, rgba, 0},
+      {"PngPalette", ts::MakePng(paletted, kIndexed, kPalette), kImagePng, kDibIndexed8, paletted, 0},
+      {"PngPaletteTrns", ts::MakePng(translucent, kIndexed, kTranslucentPalette), kImagePng, kDibArgb32, translucent, 0},
+      {"PngGrey", ts::MakePng(rgb, kGrey), kImagePng, kDibIndexed8, grey(rgb), 0},
+      {"JpegRgb", ts::MakeJpeg(big, false), kImageJpeg, kDibRgb24, big, 12},
+      {"JpegGrey", ts::MakeJpeg(big, true), kImageJpeg, kDibIndexed8, grey(big), 6},
+      {"GifOpaque", ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7)}), kImageGif, kDibIndexed8, paletted, 0},
+      {"GifInterlaced", ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, -1, true)}), kImageGif, kDibIndexed8, paletted, 0},
+      {"GifTransparent", ts::MakeGif(9, 7, kPalette, {FullFrame(9, 7, 2)}), kImageGif, kDibArgb32, gifTransparent, 0},
+      {"GifFrameInsideScreen", ts::MakeGif(9, 7, kPalette, {inside}), kImageGif, kDibArgb32, gifInside, 0},
+      {"Bmp24BottomUp", ts::MakeBmp(rgb, 24, false), kImageBmp, kDibRgb24, rgb, 0},
+      {"Bmp32", ts::MakeBmp(rgb, 32, false), kImageBmp, kDibRgb24, rgb, 0},
+      {"Bmp8TopDown", ts::MakeBmp(paletted, 8, true, kPalette), kImageBmp, kDibIndexed8, paletted, 0},
+      {"Bmp8RunLength", RleBmp(), kImageBmp, kDibIndexed8, rle, 0},
+      {"TiffRgba", ts::MakeTiff(rgba, true), kImageTiff, kDibArgb32, rgba, 1},
+      {"Jbig2", Jbig2Page(), kImageJbig2, kDibIndexed8, jbig2, 0},
   };
 }
 
@@ -163,9 +149,8 @@ class CodecDecodeTest : public testing::TestWithParam<DecodeCase> {};
 
 TEST_P(CodecDecodeTest, Decode_FormatSizeAndPixels) {
   const DecodeCase& c = GetParam();
-  const std::string bytes = c.make();
-  ASSERT_FALSE(bytes.empty());
-  StreamReaderPtr reader = Reader(bytes);
+  ASSERT_FALSE(c.bytes.empty());
+  StreamReaderPtr reader = Reader(c.bytes);
   EXPECT_EQ(GetImageFormat(reader.get()), c.format);
   std::unique_ptr<Dib> dib = DecodeImage(reader.get());
   ASSERT_TRUE(dib);
@@ -261,7 +246,7 @@ TEST(Codec_BadInput, NullWithoutPrinting) {
   const std::string png = ts::MakePng(rgb, ts::PngKind::kRgb), jpeg = ts::MakeJpeg(rgb, false),
                     gif = ts::MakeGif(24, 20, kPalette, {FullFrame(24, 20, 1)}), bmp = ts::MakeBmp(rgb, 24, false),
                     bmp8 = ts::MakeBmp(ts::PaletteImage(24, 20, kPalette), 8, true, kPalette),
-                    tiff = ts::MakeTiff({rgb}, false), jbig2 = Jbig2Page();
+                    tiff = ts::MakeTiff(rgb, false), jbig2 = Jbig2Page();
   const size_t sof = jpeg.find("\xFF\xC0"), gifImage = gif.find(',', 13 + 3 * 4);
   ASSERT_TRUE(sof != std::string::npos && gifImage != std::string::npos);
 
@@ -270,18 +255,18 @@ TEST(Codec_BadInput, NullWithoutPrinting) {
       {"png zero width", ts::WithPngSize(png, 0, 20)},
       {"png 100000 square", ts::WithPngSize(png, 100000, 100000)},
       {"png too many pixels", ts::WithPngSize(png, 16384, 16384)},
-      {"jpeg zero height", Patch(jpeg, sof + 5, Be16(0))},
-      {"jpeg 60000 square", Patch(jpeg, sof + 5, Be16(60000) + Be16(60000))},
-      {"gif huge screen", Patch(gif, 6, Le16(65535) + Le16(65535))},
-      {"gif zero-width frame", Patch(gif, gifImage + 5, Le16(0))},
-      {"bmp 7 bpp", Patch(bmp, 28, Le16(7))},
-      {"bmp zero width", Patch(bmp, 18, Le32(0))},
-      {"bmp 100000 high", Patch(bmp, 22, Le32(100000))},
-      {"bmp pixels past end", Patch(bmp, 10, Le32(0x7FFFFFF0))},
-      {"bmp header past end", Patch(bmp, 14, Le32(0x10000))},
-      {"bmp top-down run-length", Patch(bmp8, 30, Le32(1))},
-      {"jbig2 huge page", Patch(jbig2, 24, Be32(100000) + Be32(100000))},
-      {"jbig2 zero page", Patch(jbig2, 24, Be32(0) + Be32(0))},
+      {"jpeg zero height", Patch(jpeg, sof + 5, ts::Be(0, 2))},
+      {"jpeg 60000 square", Patch(jpeg, sof + 5, ts::Be(60000, 2) + ts::Be(60000, 2))},
+      {"gif huge screen", Patch(gif, 6, ts::Le(65535, 2) + ts::Le(65535, 2))},
+      {"gif zero-width frame", Patch(gif, gifImage + 5, ts::Le(0, 2))},
+      {"bmp 7 bpp", Patch(bmp, 28, ts::Le(7, 2))},
+      {"bmp zero width", Patch(bmp, 18, ts::Le(0, 4))},
+      {"bmp 100000 high", Patch(bmp, 22, ts::Le(100000, 4))},
+      {"bmp pixels past end", Patch(bmp, 10, ts::Le(0x7FFFFFF0, 4))},
+      {"bmp header past end", Patch(bmp, 14, ts::Le(0x10000, 4))},
+      {"bmp top-down run-length", Patch(bmp8, 30, ts::Le(1, 4))},
+      {"jbig2 huge page", Patch(jbig2, 24, ts::Be(100000, 4) + ts::Be(100000, 4))},
+      {"jbig2 zero page", Patch(jbig2, 24, ts::Be(0, 4) + ts::Be(0, 4))},
       {"bmp run-length without end", RleBmp().substr(0, RleBmp().size() - 2)},
       {"garbage", std::string(64, '\x5A')},
   };

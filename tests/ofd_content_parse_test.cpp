@@ -2,6 +2,8 @@
 // position lists and colours.
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "host/ofd/ofd_page.h"
@@ -45,26 +47,21 @@ TEST(OfdPathData_Parse, Table) {
     for (const auto& s : path.segments()) ops.push_back(s.op);
     EXPECT_EQ(ops, c.ops) << c.data;
   }
-  Path quad;
+  Path quad, arc, grown, capped;
   ParseAbbreviatedData("M 0 0 Q 6 6 12 0", quad);
   EXPECT_EQ(std::vector<float>(quad.segments()[1].pts, quad.segments()[1].pts + 6),
             (std::vector<float>{4, 4, 8, 4, 12, 0}));
-  // A half circle from (0,0) to (10,0) with sweep 1 passes (5,-5) and ends exactly.
-  Path arc;
+  // A half circle from (0,0) to (10,0) with sweep 1 passes (5,-5) and ends
+  // exactly; radii too small to span the ends grow to that half circle.
   ParseAbbreviatedData("M 0 0 A 5 5 0 0 1 10 0", arc);
-  EXPECT_NEAR(arc.segments()[1].pts[4], 5, 1e-4);
-  EXPECT_NEAR(arc.segments()[1].pts[5], -5, 1e-4);
-  EXPECT_EQ(arc.CurrentX(), 10);
-  EXPECT_EQ(arc.CurrentY(), 0);
-  // Radii too small to span the ends grow to a half circle of radius 5.
-  Path grown;
   ParseAbbreviatedData("M 0 0 A 1 1 0 0 1 10 0", grown);
-  EXPECT_NEAR(grown.segments()[1].pts[5], -5, 1e-4);
-  Path capped;
+  EXPECT_NEAR(arc.segments()[1].pts[4], 5, 1e-4);
+  for (const Path* p : {&arc, &grown}) EXPECT_NEAR(p->segments()[1].pts[5], -5, 1e-4);
+  EXPECT_EQ(std::pair(arc.CurrentX(), arc.CurrentY()), std::pair(10.f, 0.f));
+  // Cut at the fourth command.
   const PathDataResult r = ParseAbbreviatedData("M 0 0 L 1 1 L 2 2 L 3 3", capped, 3);
-  EXPECT_EQ(r.code, PathDataResult::kTooManySegments);
-  EXPECT_EQ(r.offset, 18u);  // the fourth command
-  EXPECT_EQ(capped.segments().size(), 3u);
+  EXPECT_EQ(std::tuple(r.code, r.offset, capped.segments().size()),
+            std::tuple(PathDataResult::kTooManySegments, 18u, 3u));
 }
 
 TEST(OfdTextCode_DeltaList, Table) {

@@ -1,14 +1,12 @@
 // OFD documents, their resources and the page object tree, on packages built
-// here and on the real files of the fixture folder.
+// here.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
-#include "support/fixtures.h"
-#include "host/base/stream_reader.h"
 #include "host/ofd/ofd_document.h"
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
@@ -18,13 +16,7 @@
 namespace host {
 namespace {
 
-using testing_support::BuildOfdPackage;
-using testing_support::OfdDocumentXml;
-using testing_support::OfdPageXml;
-using testing_support::OfdResXml;
-using testing_support::Open;
-using testing_support::Opened;
-using testing_support::ParsedPage;
+using namespace testing_support;  // NOLINT: packages and opened documents
 
 template <typename T>
 const T* ChildAs(const OfdPageBlock& block, size_t i) {
@@ -56,7 +48,7 @@ std::string SamplePackage() {
       "<ofd:CompositeObject ID=\"41\" ResourceID=\"12\"/></ofd:Content></ofd:CompositeGraphicUnit>"
       "</ofd:CompositeGraphicUnits>",
       "Res");
-  const std::string page0 = OfdPageXml(
+  std::string page0 = OfdPageXml(
       "<ofd:PathObject ID=\"20\" Boundary=\"1 2 10 5\" Fill=\"true\" Rule=\"Even-Odd\">"
       "<ofd:AbbreviatedData>M 0 0 L 10 0 L 10 5 C</ofd:AbbreviatedData></ofd:PathObject>"
       "<ofd:TextObject ID=\"21\" Boundary=\"0 0 20 5\" Font=\"3\" Size=\"3\">"
@@ -75,11 +67,7 @@ std::string SamplePackage() {
       "<ofd:Template TemplateID=\"2\" ZOrder=\"Foreground\"/>"
       "<ofd:Area><ofd:PhysicalBox>0 0 40 30</ofd:PhysicalBox></ofd:Area>");
   // The layer's DrawParam 8 inherits 6: red fill, blue stroke, width 2.
-  const std::string layered = [&] {
-    std::string p = page0;
-    p.replace(p.find("<ofd:Layer ID=\"100\">"), 20, "<ofd:Layer ID=\"100\" DrawParam=\"8\">");
-    return p;
-  }();
+  page0.replace(page0.find("<ofd:Layer ID=\"100\">"), 20, "<ofd:Layer ID=\"100\" DrawParam=\"8\">");
   return BuildOfdPackage({
       {"Doc_0/Document.xml",
        OfdDocumentXml({{1, "Pages/Page_0/Content.xml"}, {7, "./Pages/../Pages/Page_1/Content.xml"}},
@@ -88,7 +76,7 @@ std::string SamplePackage() {
       {"Doc_0/DocumentRes.xml", documentRes},
       {"Doc_0/Res/img.png", "PNGDATA"},
       {"Doc_0/Res/font.ttf", "FONT"},
-      {"Doc_0/Pages/Page_0/Content.xml", layered},
+      {"Doc_0/Pages/Page_0/Content.xml", page0},
       {"Doc_0/Pages/Page_1/Content.xml",
        OfdPageXml("<ofd:TextObject ID=\"30\" Boundary=\"0 0 9 9\" Font=\"3\" Size=\"4\">"
                   "<ofd:TextCode X=\"1\" Y=\"4\"> </ofd:TextCode></ofd:TextObject>")},
@@ -110,17 +98,12 @@ TEST(OfdDocument_Load, PagesTemplatesAndFailures) {
   Opened o = Open(SamplePackage());
   ASSERT_NE(o.doc, nullptr);
   OfdDocument& doc = *o.doc;
-  EXPECT_EQ(doc.CountPages(), 2);
-  EXPECT_EQ(doc.FindPageIndexById(7), 1);
-  EXPECT_EQ(doc.FindPageIndexById(99), -1);
-  EXPECT_EQ(doc.GetMaxUnitId(), 50u);
-  EXPECT_EQ(doc.GetFolder(), "Doc_0/");
-  EXPECT_EQ(doc.GetSignaturesLocation(), "/Doc_0/Signs/Signatures.xml");
+  EXPECT_EQ(std::tuple(doc.CountPages(), doc.FindPageIndexById(7), doc.FindPageIndexById(99), doc.GetMaxUnitId(),
+                       doc.GetFolder(), doc.GetSignaturesLocation(), doc.GetPageEntry(1)->location),
+            std::tuple(2, 1, -1, 50u, "Doc_0/", "/Doc_0/Signs/Signatures.xml", "/Doc_0/Pages/Page_1/Content.xml"));
   ASSERT_EQ(doc.GetTemplates().size(), 1u);
   EXPECT_EQ(doc.GetTemplates()[0].location, "/Doc_0/Tpls/Tpl_0/Content.xml");  // case fallback
-  EXPECT_EQ(doc.GetPageEntry(1)->location, "/Doc_0/Pages/Page_1/Content.xml");
-  EXPECT_EQ(doc.LoadPage(2, 1), nullptr);
-  EXPECT_EQ(doc.LoadPage(-1, 1), nullptr);
+  EXPECT_TRUE(!doc.LoadPage(2, 1) && !doc.LoadPage(-1, 1));
   EXPECT_EQ(doc.LoadDocument(o.package.get(), o.package->GetDocument(0), -1), kOfdLoadBadArgument);
 
   const struct { const char* name; std::string bytes; int want; } failures[] = {
@@ -130,9 +113,8 @@ TEST(OfdDocument_Load, PagesTemplatesAndFailures) {
   };
   for (const auto& f : failures) EXPECT_EQ(Open(f.bytes).loadResult, f.want) << f.name;
   OfdDocument fresh;
-  EXPECT_EQ(fresh.LoadDocument(nullptr, nullptr, -1), kOfdLoadBadArgument);
-  EXPECT_EQ(fresh.CountPages(), 0);
-  EXPECT_EQ(fresh.LoadPage(0, 1), nullptr);
+  EXPECT_EQ(std::tuple(fresh.LoadDocument(nullptr, nullptr, -1), fresh.CountPages(), fresh.LoadPage(0, 1)),
+            std::tuple(kOfdLoadBadArgument, 0, nullptr));
 }
 
 TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
@@ -140,13 +122,11 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
   ASSERT_NE(o.doc, nullptr);
   auto page = ParsedPage(*o.doc, 0);
   ASSERT_NE(page, nullptr);
-  EXPECT_EQ(page->GetPageId(), 1u);
-  EXPECT_FLOAT_EQ(page->GetPageWidth(), 40);
-  EXPECT_FLOAT_EQ(page->GetPageHeight(), 30);
-
+  EXPECT_EQ(std::tuple(page->GetPageId(), page->GetPageWidth(), page->GetPageHeight()), std::tuple(1u, 40.f, 30.f));
   ASSERT_EQ(page->GetTemplates().size(), 1u);
-  EXPECT_EQ(page->GetTemplates()[0].zOrder, OfdZOrder::kForeground);  // the page's ZOrder wins
-  EXPECT_EQ(page->GetTemplates()[0].content->CountObjects(), 2u);    // layer and path
+  // The page's ZOrder wins; the template holds a layer and a path.
+  EXPECT_EQ(std::tuple(page->GetTemplates()[0].zOrder, page->GetTemplates()[0].content->CountObjects()),
+            std::tuple(OfdZOrder::kForeground, 2u));
   // Parsed once per document: a later load of a page shares the objects.
   EXPECT_EQ(ParsedPage(*o.doc, 0)->GetTemplates().at(0).content, page->GetTemplates()[0].content);
 
@@ -158,38 +138,31 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
 
   const auto* path = ChildAs<OfdPathObject>(*layer, 0);
   ASSERT_EQ(path->GetType(), OfdPageObject::Type::kPath);
-  EXPECT_EQ(path->boundary, GRect(1, 2, 11, 7));
-  EXPECT_TRUE(path->fill);
-  EXPECT_TRUE(path->stroke);
-  EXPECT_EQ(path->rule, FillRule::kEvenOdd);
-  EXPECT_EQ(path->path.segments().size(), 4u);
-  EXPECT_EQ(path->fillColor.ToArgb(), 0xFFFF0000u);    // from DrawParam 6 through 8
-  EXPECT_EQ(path->strokeColor.ToArgb(), 0xFF0000FFu);  // from DrawParam 8
-  EXPECT_FLOAT_EQ(path->strokeStyle.width, 2);
-  EXPECT_EQ(path->strokeStyle.cap, LineCap::kRound);
+  // Red fill from DrawParam 6 through 8, blue stroke and its width and cap from 8.
+  EXPECT_EQ(std::tuple(path->boundary, path->fill, path->stroke, path->rule, path->path.segments().size(),
+                       path->fillColor.ToArgb(), path->strokeColor.ToArgb(), path->strokeStyle.width,
+                       path->strokeStyle.cap),
+            std::tuple(GRect(1, 2, 11, 7), true, true, FillRule::kEvenOdd, 4u, 0xFFFF0000u, 0xFF0000FFu, 2.f,
+                       LineCap::kRound));
 
   const auto* text = ChildAs<OfdTextObject>(*layer, 1);
   ASSERT_EQ(text->GetType(), OfdPageObject::Type::kText);
   ASSERT_NE(text->font, nullptr);
-  EXPECT_EQ(text->font->fontName, "宋体");
-  EXPECT_TRUE(text->font->bold);
-  EXPECT_EQ(text->font->fontFile, "/Doc_0/Res/font.ttf");
-  EXPECT_EQ(text->fillColor.ToArgb(), 0xFF000000u);  // CMYK black
   ASSERT_EQ(text->textCodes.size(), 1u);
-  EXPECT_EQ(text->textCodes[0].xs, (std::vector<float>{0, 1.5f, 3, 5}));
-  EXPECT_EQ(text->textCodes[0].ys, (std::vector<float>{2, 2, 2, 2}));
+  EXPECT_EQ(std::tuple(text->font->fontName, text->font->bold, text->font->fontFile, text->fillColor.ToArgb(),
+                       text->textCodes[0].xs, text->textCodes[0].ys),
+            std::tuple("宋体", true, "/Doc_0/Res/font.ttf", 0xFF000000u /* CMYK black */,
+                       std::vector<float>{0, 1.5f, 3, 5}, std::vector<float>{2, 2, 2, 2}));
 
   const auto* image = ChildAs<OfdImageObject>(*layer, 2);
   ASSERT_NE(image->media, nullptr);
-  EXPECT_EQ(image->media->PrimaryLoc, "/Doc_0/Res/img.png");
-  EXPECT_EQ(image->media->format, "PNG");
-  EXPECT_EQ(image->ctm, Matrix(5, 0, 0, 5, 0, 0));
+  EXPECT_EQ(std::tuple(image->media->PrimaryLoc, image->media->format, image->ctm),
+            std::tuple("/Doc_0/Res/img.png", "PNG", Matrix(5, 0, 0, 5, 0, 0)));
   EXPECT_EQ(ChildAs<OfdImageObject>(*layer, 3)->media, nullptr);  // dangling ID
 
   const auto* composite = ChildAs<OfdCompositeObject>(*layer, 4);
   ASSERT_NE(composite->unit, nullptr);
-  EXPECT_FLOAT_EQ(composite->unit->width, 10);
-  EXPECT_EQ(composite->unit->content->children.size(), 1u);
+  EXPECT_EQ(std::tuple(composite->unit->width, composite->unit->content->children.size()), std::tuple(10.f, 1u));
   // Unit 12 names itself: the inner reference is cut.
   const auto* loop = ChildAs<OfdCompositeObject>(*layer, 5);
   ASSERT_NE(loop->unit, nullptr);
@@ -200,21 +173,17 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
   const auto* block = ChildAs<OfdPageBlock>(*layer, 6);
   ASSERT_EQ(block->GetType(), OfdPageObject::Type::kPageBlock);
   const auto* dashed = ChildAs<OfdPathObject>(*block, 0);
-  EXPECT_EQ(dashed->strokeColor.ToArgb(), 0xFFFF8000u);
-  EXPECT_FLOAT_EQ(dashed->strokeStyle.width, 0.5f);
-  EXPECT_EQ(dashed->strokeStyle.join, LineJoin::kBevel);
-  EXPECT_EQ(dashed->strokeStyle.dashes, (std::vector<float>{1, 2}));
-  EXPECT_EQ(dashed->fillColor.ToArgb(), 0xFFFF0000u);  // the layer's, through the block
-  ASSERT_EQ(dashed->clips.size(), 1u);
+  // The fill is the layer's, through the block.
+  EXPECT_EQ(std::tuple(dashed->strokeColor.ToArgb(), dashed->strokeStyle.width, dashed->strokeStyle.join,
+                       dashed->strokeStyle.dashes, dashed->fillColor.ToArgb(), dashed->clips.size()),
+            std::tuple(0xFFFF8000u, 0.5f, LineJoin::kBevel, std::vector<float>{1, 2}, 0xFFFF0000u, 1u));
   ASSERT_EQ(dashed->clips[0].areas.size(), 1u);
   EXPECT_EQ(dashed->clips[0].areas[0].ctm, Matrix(2, 0, 0, 2, 0, 0));
   ASSERT_EQ(dashed->clips[0].areas[0].shape->GetType(), OfdPageObject::Type::kPath);
 
   ASSERT_EQ(page->GetAnnotations().size(), 1u);
   const OfdAnnotation& annot = *page->GetAnnotations()[0];
-  EXPECT_EQ(annot.type, "Stamp");
-  EXPECT_FALSE(annot.visible);
-  EXPECT_EQ(annot.boundary, GRect(5, 5, 25, 15));
+  EXPECT_EQ(std::tuple(annot.type, annot.visible, annot.boundary), std::tuple("Stamp", false, GRect(5, 5, 25, 15)));
   ASSERT_EQ(annot.appearance->children.size(), 1u);
   EXPECT_NE(ChildAs<OfdImageObject>(*annot.appearance, 0)->media, nullptr);
   EXPECT_EQ(page->CountObjects(), 1u + 7u + 1u + 2u + 1u);
@@ -223,20 +192,18 @@ TEST(OfdPage_ParseContents, BuildsTheObjectTree) {
 
   auto second = ParsedPage(*o.doc, 1);
   ASSERT_NE(second, nullptr);
-  EXPECT_FLOAT_EQ(second->GetPageWidth(), 210);  // the document's PageArea
   const auto* blank = ChildAs<OfdTextObject>(*ChildAs<OfdPageBlock>(*second->GetContent(), 0), 0);
   ASSERT_EQ(blank->textCodes.size(), 1u);
-  EXPECT_EQ(blank->textCodes[0].text, WideString(U" "));  // a lone blank is kept
-  EXPECT_TRUE(second->GetAnnotations().empty());
+  // The document's PageArea; a lone blank is kept.
+  EXPECT_EQ(std::tuple(second->GetPageWidth(), blank->textCodes[0].text, second->GetAnnotations().size()),
+            std::tuple(210.f, WideString(U" "), 0u));
 }
 
 TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
-  const std::string tpl = [](int next) {
+  auto tpl = [](int next) {
     return OfdPageXml("<ofd:PathObject><ofd:AbbreviatedData>M 0 0 L 1 1</ofd:AbbreviatedData></ofd:PathObject>",
                       "<ofd:Template TemplateID=\"" + std::to_string(next) + "\"/>");
-  }(3);
-  std::string tpl3 = tpl;
-  tpl3.replace(tpl3.find("TemplateID=\"3\""), 14, "TemplateID=\"2\"");
+  };
   // Blocks nested far deeper than the cap, around a text with a huge repeat.
   const std::string hugeRepeat =
       "<ofd:TextObject><ofd:TextCode DeltaX=\"g 4000000000 1\">abc</ofd:TextCode></ofd:TextObject>";
@@ -253,8 +220,8 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
                       common,
                       "<ofd:Annotations>NoSuchFile.xml</ofd:Annotations>")},
       {"Doc_0/Broken.xml", "<ofd:Res><ofd:Fonts>"},
-      {"Doc_0/T2.xml", tpl},
-      {"Doc_0/T3.xml", tpl3},
+      {"Doc_0/T2.xml", tpl(3)},
+      {"Doc_0/T3.xml", tpl(2)},
       {"Doc_0/P0.xml", OfdPageXml("<ofd:PathObject><ofd:AbbreviatedData>M 0 0 X 1 1</ofd:AbbreviatedData>"
                                   "</ofd:PathObject><ofd:Unknown/><ofd:TextObject Font=\"77\"/>",
                                   "<ofd:Template TemplateID=\"2\"/><ofd:Template TemplateID=\"9\"/>")},
@@ -268,14 +235,12 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
   ASSERT_NE(page, nullptr);
   // Templates 2 and 3 name each other: each is drawn once, then the loop stops.
   ASSERT_EQ(page->GetTemplates().size(), 2u);
-  EXPECT_EQ(page->GetTemplates()[0].templateId, 3u);
-  EXPECT_EQ(page->GetTemplates()[1].templateId, 2u);
+  EXPECT_EQ(std::pair(page->GetTemplates()[0].templateId, page->GetTemplates()[1].templateId), std::pair(3u, 2u));
   const auto* layer = ChildAs<OfdPageBlock>(*page->GetContent(), 0);
   ASSERT_EQ(layer->children.size(), 2u);  // the unknown element is skipped
   const auto* path = ChildAs<OfdPathObject>(*layer, 0);
-  EXPECT_EQ(path->dataStatus, PathDataResult::kUnknownCommand);
-  EXPECT_EQ(path->path.segments().size(), 1u);
-  EXPECT_EQ(ChildAs<OfdTextObject>(*layer, 1)->font, nullptr);
+  EXPECT_EQ(std::tuple(path->dataStatus, path->path.segments().size(), ChildAs<OfdTextObject>(*layer, 1)->font),
+            std::tuple(PathDataResult::kUnknownCommand, 1u, nullptr));
   for (int i = 1; i < 4; ++i) EXPECT_EQ(o.doc->LoadPage(i, 1), nullptr) << i;
 
   auto deepPage = ParsedPage(*o.doc, 4);
@@ -286,8 +251,7 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
     ASSERT_EQ(b->children[0]->GetType(), OfdPageObject::Type::kPageBlock);
     ++depth;
   }
-  EXPECT_GT(depth, 32);
-  EXPECT_LE(depth, 66);
+  EXPECT_TRUE(depth > 32 && depth <= 66) << depth;
   EXPECT_EQ(deepPage->CountObjects(), static_cast<size_t>(depth));  // the text is beyond the cap
 
   Opened shallow = Open(BuildOfdPackage({{"Doc_0/Document.xml", OfdDocumentXml({{1, "P.xml"}})},
@@ -296,8 +260,9 @@ TEST(OfdPage_ParseContents, BadAndCyclicInputFailsSafely) {
   ASSERT_NE(textPage, nullptr);
   const auto* text = ChildAs<OfdTextObject>(*ChildAs<OfdPageBlock>(*textPage->GetContent(), 0), 0);
   ASSERT_NE(text, nullptr);
-  EXPECT_EQ(text->textCodes[0].deltaX, (std::vector<float>{1, 1}));  // one per gap, no more
-  EXPECT_EQ(text->textCodes[0].xs, (std::vector<float>{0, 1, 2}));
+  // One step per gap, no more.
+  EXPECT_EQ(std::pair(text->textCodes[0].deltaX, text->textCodes[0].xs),
+            std::pair(std::vector<float>{1, 1}, std::vector<float>{0, 1, 2}));
 }
 
 TEST(OfdPage_GetDisplayMatrix, MapsThePageOntoTheDeviceRectangle) {

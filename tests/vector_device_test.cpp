@@ -7,6 +7,7 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "host/base/codec.h"
 #include "host/base/stream_reader.h"
@@ -38,11 +39,12 @@ std::vector<std::string> MediaBoxes(const std::string& pdf) {
 
 TEST(VectorDevice, RefusesWhatCannotBeAPage) {
   std::string out;
-  EXPECT_FALSE(Make(VectorFormat::kPdf, out, 0, 297));
-  EXPECT_FALSE(Make(VectorFormat::kPdf, out, 210, -1));
-  EXPECT_FALSE(Make(VectorFormat::kPdf, out, 6000, 297));
-  EXPECT_FALSE(VectorDevice::Create(VectorFormat::kPdf, nullptr, 210, 297, 300));
-  EXPECT_TRUE(VectorDevice::Create(VectorFormat::kRecording, nullptr, 210, 297, 300));
+  // No size, a negative one, a page too large, PDF without a writer; a recording needs none.
+  EXPECT_EQ((std::vector<bool>{!!Make(VectorFormat::kPdf, out, 0, 297), !!Make(VectorFormat::kPdf, out, 210, -1),
+                               !!Make(VectorFormat::kPdf, out, 6000, 297),
+                               !!VectorDevice::Create(VectorFormat::kPdf, nullptr, 210, 297, 300),
+                               !!VectorDevice::Create(VectorFormat::kRecording, nullptr, 210, 297, 300)}),
+            (std::vector<bool>{false, false, false, false, true}));
   auto svg = Make(VectorFormat::kSvg, out);
   ASSERT_TRUE(svg);
   EXPECT_FALSE(svg->NextPage(100, 100)) << "SVG holds one page";
@@ -59,22 +61,14 @@ TEST(VectorDevice, RecordedPagesPlayInOrderWithTheirSizes) {
     auto page = VectorDevice::Create(VectorFormat::kRecording, nullptr, sizes[i][0], sizes[i][1], 300);
     ASSERT_TRUE(page);
     host::Path square;
-    square.MoveTo(10, 10);
-    square.LineTo(20, 10);
-    square.LineTo(20, 20);
-    square.Close();
+    square.AddRect(10, 10, 10, 10);
     EXPECT_TRUE(page->FillPath(square, host::Matrix(), 0xFF0000FF, host::FillRule::kNonZero));
-    if (i > 0) {
-      EXPECT_TRUE(pdf->NextPage(sizes[i][0], sizes[i][1]));
-    }
+    EXPECT_TRUE(i == 0 || pdf->NextPage(sizes[i][0], sizes[i][1]));
     EXPECT_TRUE(pdf->Play(*page));
   }
   EXPECT_TRUE(pdf->Finish());
   EXPECT_EQ(out.rfind("%PDF-", 0), 0u);
-  const std::vector<std::string> boxes = MediaBoxes(out);
-  ASSERT_EQ(boxes.size(), 2u);
-  EXPECT_EQ(boxes[0], "0 0 595.275591 841.889764");
-  EXPECT_EQ(boxes[1], "0 0 283.464567 141.732283");
+  EXPECT_EQ(MediaBoxes(out), (std::vector<std::string>{"0 0 595.275591 841.889764", "0 0 283.464567 141.732283"}));
 }
 
 }  // namespace

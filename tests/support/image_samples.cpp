@@ -10,7 +10,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <csetjmp>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -26,57 +25,23 @@ uint8_t G(uint32_t c) { return static_cast<uint8_t>(c >> 8); }
 uint8_t B(uint32_t c) { return static_cast<uint8_t>(c); }
 uint8_t A(uint32_t c) { return static_cast<uint8_t>(c >> 24); }
 
-void PutU16(std::string& s, uint32_t v) { s += {static_cast<char>(v & 0xFF), static_cast<char>((v >> 8) & 0xFF)}; }
-void PutU32(std::string& s, uint32_t v) {
-  PutU16(s, v & 0xFFFF);
-  PutU16(s, v >> 16);
-}
-void PutBe32(std::string& s, uint32_t v) {
-  for (int shift = 24; shift >= 0; shift -= 8) s += static_cast<char>((v >> shift) & 0xFF);
-}
-
-void PngAppend(png_structp png, png_bytep data, size_t n) {
-  static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<const char*>(data), n);
-}
-
-struct PngJob {
-  int width, height, colorType;
-  std::vector<uint8_t> bytes;  // rows, packed
-  std::vector<png_color> palette;
-  std::vector<png_byte> trns;
-  std::string out;
-};
-
-bool RunPngJob(png_structp png, png_infop info, PngJob* job) {
-  if (setjmp(png_jmpbuf(png))) return false;
-  png_set_write_fn(png, &job->out, PngAppend, nullptr);
-  png_set_IHDR(png, info, job->width, job->height, 8, job->colorType, PNG_INTERLACE_NONE,
-               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  if (!job->palette.empty()) png_set_PLTE(png, info, job->palette.data(), static_cast<int>(job->palette.size()));
-  if (!job->trns.empty()) png_set_tRNS(png, info, job->trns.data(), static_cast<int>(job->trns.size()), nullptr);
-  png_write_info(png, info);
-  std::vector<png_bytep> rows;
-  const size_t rowBytes = job->bytes.size() / job->height;
-  for (int y = 0; y < job->height; ++y) rows.push_back(job->bytes.data() + rowBytes * y);
-  png_write_image(png, rows.data());
-  png_write_end(png, nullptr);
-  return true;
-}
-
-std::string WritePng(PngJob job) {
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png_create_info_struct(png);
-  const bool ok = RunPngJob(png, info, &job);
-  png_destroy_write_struct(&png, &info);
-  return ok ? job.out : std::string();
-}
-
 int GifAppend(GifFileType* gif, const GifByteType* data, int n) {
   static_cast<std::string*>(gif->UserData)->append(reinterpret_cast<const char*>(data), n);
   return n;
 }
 
 }  // namespace
+
+std::string Le(uint32_t v, int bytes) {
+  std::string s;
+  for (int i = 0; i < bytes; ++i) s += static_cast<char>(v >> 8 * i);
+  return s;
+}
+
+std::string Be(uint32_t v, int bytes) {
+  const std::string le = Le(v, bytes);
+  return {le.rbegin(), le.rend()};
+}
 
 SampleImage GradientImage(int width, int height, bool alpha) {
   SampleImage image{width, height, {}};
@@ -95,35 +60,34 @@ SampleImage PaletteImage(int width, int height, const std::vector<uint32_t>& pal
 }
 
 std::string MakePng(const SampleImage& image, PngKind kind, const std::vector<uint32_t>& palette) {
-  static const int kColorTypes[] = {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA, PNG_COLOR_TYPE_GRAY,
-                                    PNG_COLOR_TYPE_PALETTE};
-  PngJob job{image.width, image.height, kColorTypes[static_cast<int>(kind)], {}, {}, {}, {}};
-  for (uint32_t c : palette) {
-    job.palette.push_back(png_color{R(c), G(c), B(c)});
-    job.trns.push_back(A(c));
-  }
-  if (std::all_of(job.trns.begin(), job.trns.end(), [](png_byte a) { return a == 255; })) job.trns.clear();
-  // Indices, or the channels R G B A from the first (G for grey) on.
+  static const png_uint_32 kFormats[] = {PNG_FORMAT_RGB, PNG_FORMAT_RGBA, PNG_FORMAT_GRAY, PNG_FORMAT_RGBA_COLORMAP};
+  png_image png{};
+  png.version = PNG_IMAGE_VERSION;
+  std::tie(png.width, png.height, png.format, png.colormap_entries) =
+      std::tuple(image.width, image.height, kFormats[static_cast<int>(kind)], palette.size());
+  // Indices, or the channels R G B A from the first (G for grey) on; the
+  // palette as R G B A (a tRNS chunk is written only when one is not opaque).
   const int first = kind == PngKind::kGrey ? 1 : 0;
   const int count = kind == PngKind::kGrey ? 1 : kind == PngKind::kRgb ? 3 : 4;
+  std::vector<uint8_t> bytes, colormap;
+  for (uint32_t c : palette) colormap.insert(colormap.end(), {R(c), G(c), B(c), A(c)});
   for (uint32_t c : image.argb) {
     const uint8_t channels[4] = {R(c), G(c), B(c), A(c)};
     const uint8_t index = static_cast<uint8_t>(std::find(palette.begin(), palette.end(), c) - palette.begin());
-    if (kind == PngKind::kIndexed) job.bytes.push_back(index);
-    else job.bytes.insert(job.bytes.end(), channels + first, channels + first + count);
+    if (kind == PngKind::kIndexed) bytes.push_back(index);
+    else bytes.insert(bytes.end(), channels + first, channels + first + count);
   }
-  return WritePng(std::move(job));
+  size_t size = 0;
+  if (!png_image_write_get_memory_size(png, size, 0, bytes.data(), 0, colormap.data())) return {};
+  std::string out(size, '\0');
+  return png_image_write_to_memory(&png, out.data(), &size, 0, bytes.data(), 0, colormap.data()) ? out.substr(0, size)
+                                                                                                 : "";
 }
 
 std::string WithPngSize(std::string png, uint32_t width, uint32_t height) {
-  std::string fields;
-  PutBe32(fields, width);
-  PutBe32(fields, height);
-  png.replace(16, 8, fields);
-  std::string crc;
-  PutBe32(crc, static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(png.data()) + 12, 29 - 12)));
-  png.replace(29, 4, crc);
-  return png;
+  png.replace(16, 8, Be(width, 4) + Be(height, 4));
+  const uLong crc = crc32(0, reinterpret_cast<const Bytef*>(png.data()) + 12, 29 - 12);
+  return png.replace(29, 4, Be(static_cast<uint32_t>(crc), 4));
 }
 
 std::string MakeJpeg(const SampleImage& image, bool grey) {
@@ -202,10 +166,10 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   const int height = topDown ? -image.height : image.height;
   for (uint32_t v : {offset + stride * image.height, 0u, offset, 40u, static_cast<uint32_t>(image.width),
                      static_cast<uint32_t>(height)})
-    PutU32(out, v);
-  PutU32(out, 1 | static_cast<uint32_t>(bpp) << 16);  // planes, bits per pixel
-  for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) PutU32(out, v);
-  for (uint32_t c : palette) PutU32(out, c & 0xFFFFFF);
+    out += Le(v, 4);
+  out += Le(1 | static_cast<uint32_t>(bpp) << 16, 4);  // planes, bits per pixel
+  for (uint32_t v : {0u, stride * image.height, 2835u, 2835u, static_cast<uint32_t>(colours), 0u}) out += Le(v, 4);
+  for (uint32_t c : palette) out += Le(c & 0xFFFFFF, 4);
   for (int row = 0; row < image.height; ++row) {
     const int y = topDown ? row : image.height - 1 - row;
     std::string line;
@@ -221,33 +185,27 @@ std::string MakeBmp(const SampleImage& image, int bpp, bool topDown, const std::
   return out;
 }
 
-std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha) {
+std::string MakeTiff(const SampleImage& image, bool alpha) {
   char path[] = "/tmp/tarvik_sample_XXXXXX";
   const int fd = mkstemp(path);
   if (fd < 0) return {};
   TIFF* tif = TIFFFdOpen(fd, path, "w");
-  const int channels = alpha ? 4 : 3;
-  for (const SampleImage& page : pages) {
-    const std::pair<uint32_t, int> fields[] = {
-        {TIFFTAG_IMAGEWIDTH, page.width}, {TIFFTAG_IMAGELENGTH, page.height}, {TIFFTAG_SAMPLESPERPIXEL, channels},
-        {TIFFTAG_BITSPERSAMPLE, 8}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG},
-        {TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE}, {TIFFTAG_ROWSPERSTRIP, 4}};
-    for (auto [tag, value] : fields) TIFFSetField(tif, tag, value);
-    if (alpha) {
-      const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
-      TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  const std::pair<uint32_t, int> fields[] = {
+      {TIFFTAG_IMAGEWIDTH, image.width}, {TIFFTAG_IMAGELENGTH, image.height}, {TIFFTAG_SAMPLESPERPIXEL, alpha ? 4 : 3},
+      {TIFFTAG_BITSPERSAMPLE, 8}, {TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB}, {TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG},
+      {TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE}, {TIFFTAG_ROWSPERSTRIP, 4}};
+  for (auto [tag, value] : fields) TIFFSetField(tif, tag, value);
+  const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
+  if (alpha) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  std::vector<uint8_t> row;
+  for (int y = 0; y < image.height; ++y) {
+    row.clear();
+    for (int x = 0; x < image.width; ++x) {
+      const uint32_t c = image.At(x, y);
+      row.insert(row.end(), {R(c), G(c), B(c)});
+      if (alpha) row.push_back(A(c));
     }
-    std::vector<uint8_t> row;
-    for (int y = 0; y < page.height; ++y) {
-      row.clear();
-      for (int x = 0; x < page.width; ++x) {
-        const uint32_t c = page.At(x, y);
-        row.insert(row.end(), {R(c), G(c), B(c)});
-        if (alpha) row.push_back(A(c));
-      }
-      TIFFWriteScanline(tif, row.data(), y, 0);
-    }
-    TIFFWriteDirectory(tif);
+    TIFFWriteScanline(tif, row.data(), y, 0);
   }
   TIFFClose(tif);
   std::ifstream in(path, std::ios::binary);

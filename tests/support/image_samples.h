@@ -8,6 +8,10 @@
 
 namespace testing_support {
 
+/// `v` as `bytes` bytes, least (Le) or most (Be) significant first.
+std::string Le(uint32_t v, int bytes);
+std::string Be(uint32_t v, int bytes);
+
 /// Pixels as 0xAARRGGBB, row by row.
 struct SampleImage {
   int width = 0;
@@ -54,7 +58,7 @@ std::string MakeGif(int width, int height, const std::vector<uint32_t>& palette,
 std::string MakeBmp(const SampleImage& image, int bpp, bool topDown,
                     const std::vector<uint32_t>& palette = {});
 
-/// TIFF, one directory per image, RGB or RGBA (unassociated alpha), deflated.
-std::string MakeTiff(const std::vector<SampleImage>& pages, bool alpha);
+/// TIFF, RGB or RGBA (unassociated alpha), deflated.
+std::string MakeTiff(const SampleImage& image, bool alpha);
 
 }  // namespace testing_support

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <tuple>
 
 #include "host/base/app_context.h"
 #include "host/base/codec.h"
@@ -31,13 +32,9 @@ std::unique_ptr<host::Dib> DiffImage(const host::Dib& actual, const host::Dib& e
     for (int x = 0; x < actual.GetWidth(); ++x) {
       const uint32_t e = expected.GetPixel({x, y});
       const int d = Difference(actual.GetPixel({x, y}), e);
-      if (d > 0) {
-        diff->SetPixel({x, y}, 0xFF000000u | static_cast<uint32_t>(std::min(255, 128 + d)) << 16);
-      } else {
-        const uint32_t grey = static_cast<uint32_t>(
-            192 + (Channel(e, 16) + Channel(e, 8) + Channel(e, 0)) / 12);
-        diff->SetPixel({x, y}, 0xFF000000u | grey << 16 | grey << 8 | grey);
-      }
+      const auto grey = static_cast<uint32_t>(192 + (Channel(e, 16) + Channel(e, 8) + Channel(e, 0)) / 12);
+      diff->SetPixel({x, y}, d > 0 ? 0xFF000000u | static_cast<uint32_t>(std::min(255, 128 + d)) << 16
+                                   : 0xFF000000u | grey * 0x010101u);
     }
   }
   return diff;
@@ -65,13 +62,9 @@ bool HasReferenceCjkFont() {
   if (!exists || (update && std::string(update) == "1")) {
     std::error_code ec;
     fs::create_directories(reference.parent_path(), ec);
-    if (!host::WritePng(actual, reference.c_str())) {
+    if (!host::WritePng(actual, reference.c_str()))
       return ::testing::AssertionFailure() << "cannot write reference " << reference;
-    }
-    if (!exists) {
-      return ::testing::AssertionFailure()
-             << "reference was missing; wrote " << reference << " for review";
-    }
+    if (!exists) return ::testing::AssertionFailure() << "reference was missing; wrote " << reference << " for review";
     return ::testing::AssertionSuccess() << "updated " << reference;
   }
 
@@ -89,12 +82,8 @@ bool HasReferenceCjkFont() {
     for (int y = 0; y < actual.GetHeight(); ++y) {
       for (int x = 0; x < actual.GetWidth(); ++x) {
         const int d = Difference(actual.GetPixel({x, y}), expected->GetPixel({x, y}));
-        if (d > tolerance) ++count;
-        if (d > worst) {
-          worst = d;
-          worstX = x;
-          worstY = y;
-        }
+        count += d > tolerance;
+        if (d > worst) std::tie(worst, worstX, worstY) = std::tuple(d, x, y);
       }
     }
     if (count == 0) return result;
