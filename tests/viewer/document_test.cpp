@@ -95,9 +95,8 @@ TEST(DocumentRender, BadPagesAndResolutionsSayWhy) {
 TEST(DocumentRender, SignedSamplesMatchTheirReferences) {
   if (!testing_support::HasReferenceCjkFont()) GTEST_SKIP() << "WenQuanYi Zen Hei is not installed";
   TARVIK_NEED_FONTS("AR PL UMing CN");  // the pages' text
-  tarvik::RenderSealParam::TextParam text;
-  text.fontSize = 9, text.fontName = U"WenQuanYi Zen Hei", text.text = U"已验证";
-  text.verticalAlign = 1, text.horizontalAlign = 2, text.outside = 1;
+  const tarvik::RenderSealParam::TextParam text{.fontSize = 9, .outside = 1, .verticalAlign = 1, .horizontalAlign = 2,
+                                                .text = U"已验证", .fontName = U"WenQuanYi Zen Hei"};
   const struct { const char *reference, *file; bool cross; int colorMode; bool withText; } cases[] = {
       {"signed_v4_png", "signed_v4_png.ofd", false, 0, false},
       {"signed_ofdseal_black", "signed_v4_ofdseal.ofd", false, 2, false},
@@ -162,8 +161,7 @@ TEST(DocumentVerify, VerdictsReachThePicture) {
       {false, tarvik::viewer::Verdict::kNotChecked, false},
   };
   for (const Case& c : cases) {
-    tarvik::viewer::OpenOptions open;
-    open.verify = c.verify;
+    const tarvik::viewer::OpenOptions open{.verify = c.verify, .trustAnchors = {}};
     const auto doc = Document::OpenMemory(tampered.data(), tampered.size(), "t.ofd", nullptr, open);
     ASSERT_TRUE(doc);
     const tarvik::viewer::SignatureInfo& sig = doc->Signatures()[0];
@@ -194,9 +192,7 @@ TEST(DocumentVerify, InvalidPalettedSealIsCrossedToo) {
   TARVIK_NEED_FIXTURE(path);
   std::string pixels[2];
   for (int verify = 0; verify < 2; ++verify) {
-    tarvik::viewer::OpenOptions open;
-    open.verify = verify == 1;
-    const auto doc = Document::Open(path, nullptr, open);
+    const auto doc = Document::Open(path, nullptr, {.verify = verify == 1, .trustAnchors = {}});
     ASSERT_TRUE(doc);
     const auto page = doc->RenderPage(0, AtDpi(30));
     ASSERT_TRUE(page);

@@ -37,9 +37,7 @@ TEST(ExportedApi, EveryEntryPointLinksAndRuns) {
   EXPECT_EQ(tarvik->GetDocument(), &document);
   const std::unique_ptr<host::Device> device = host::CreateBitmapDevice(100, 100, host::kDibArgb32, 0xFFFFFFFF);
   tarvik::RenderSealParam::ImageParam image;
-  tarvik::RenderSealParam::TextParam text;
-  text.text = U"OK";
-  text.fontSize = 5;
+  tarvik::RenderSealParam::TextParam text{.fontSize = 5, .text = U"OK", .fontName = {}};
   const tarvik::RenderSealParam param{&image, &text};
   tarvik->RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(),
                           page->GetDisplayMatrix(0, 0, 100, 100, 0));
