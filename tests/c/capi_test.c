@@ -22,11 +22,10 @@ static void expect(int ok, const char* what, int line) {
 /* SOURCE/testdata/NAME, read whole; NULL when it cannot be read. */
 static unsigned char* read_sample(const char* source, const char* name, size_t* size) {
   char path[4096];
-  FILE* f;
+  FILE* f = NULL;
   unsigned char* data = malloc(1 << 20);
   snprintf(path, sizeof path, "%s/testdata/%s", source, name);
-  f = fopen(path, "rb");
-  if (!f || !data) {
+  if (!data || !(f = fopen(path, "rb"))) {
     free(data);
     return NULL;
   }
@@ -224,9 +223,8 @@ static void test_memory_and_verdicts(const char* source) {
   sig.struct_size = sizeof sig;
   check.struct_size = sizeof check;
   CHECK(tarvik_signature_info(doc, 0, &sig) == TARVIK_OK && sig.verdict == TARVIK_INTACT && sig.check_count > 0);
-  for (i = 0; i < sig.check_count; ++i) {
+  for (i = 0; i < sig.check_count; ++i)
     CHECK(tarvik_signature_check(doc, 0, i, &check) == TARVIK_OK && check.name[0] != '\0');
-  }
   CHECK_FAILS(tarvik_signature_check(doc, 0, sig.check_count, &check), TARVIK_OUT_OF_RANGE);
   tarvik_close(doc);
 }

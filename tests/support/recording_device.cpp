@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "host/base/font.h"
 
@@ -28,10 +29,8 @@ std::vector<DeviceCall> RecordingDevice::Of(DeviceCall::Kind kind) const {
 
 host::Dib* RecordingDevice::TakeBitmap() {
   calls_.push_back({.kind = DeviceCall::kTakeBitmap});
-  if (bitmapTaken_) return nullptr;
-  bitmapTaken_ = true;
-  return host::Dib::Create(static_cast<int>(width_), static_cast<int>(height_), host::kDibArgb32)
-      .release();
+  if (std::exchange(bitmapTaken_, true)) return nullptr;
+  return host::Dib::Create(static_cast<int>(width_), static_cast<int>(height_), host::kDibArgb32).release();
 }
 
 void RecordingDevice::OnSaveState() { calls_.push_back({.kind = DeviceCall::kSave}); }
