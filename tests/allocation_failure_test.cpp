@@ -28,11 +28,9 @@ class AllocationFailure : public ::testing::TestWithParam<const char*> {
 };
 
 TEST_P(AllocationFailure, EachFailedAllocationOfASignedPageEndsCleanly) {
-  tarvik::RenderSealParam::ImageParam image;
-  image.crossMark = 1;  // the cross and grey copies allocate too
-  image.colorMode = 1;
-  tarvik::RenderSealParam param;
-  param.image = &image;
+  // The cross and grey copies allocate too.
+  tarvik::RenderSealParam::ImageParam image{.crossMark = 1, .colorMode = 1};
+  const tarvik::RenderSealParam param{.image = &image};
   // Everything anew each time, so that every run allocates the same way.
   auto render = [&]() -> std::unique_ptr<host::Dib> {
     testing_support::SignedDocument doc;

@@ -41,10 +41,8 @@ TEST(HashKey_Spread, DistinctLocationsRarelyCollideInBucketsAndNulBytesCount) {
   // Typical cache keys differ in a few digits; they must not pile up.
   constexpr unsigned kBuckets = 17;
   int counts[kBuckets] = {};
-  for (int i = 0; i < 170; ++i) {
-    const std::string key = "/Doc_0/Signs/Sign_" + std::to_string(i) + "/SignedValue.dat";
-    ++counts[HashKey(ByteString(key)) % kBuckets];
-  }
+  for (int i = 0; i < 170; ++i)
+    ++counts[HashKey(ByteString("/Doc_0/Signs/Sign_" + std::to_string(i) + "/SignedValue.dat")) % kBuckets];
   EXPECT_LE(*std::max_element(counts, counts + kBuckets), 25);
 }
 

@@ -21,11 +21,7 @@ std::unique_ptr<Dib> Sample(DibFormat format) {
                                        0x80102030, 0x00FFFFFF, 0xFF000000};
   auto dib = Dib::Create(3, 2, format);
   if (format == kDibIndexed8) dib->SetPalette(kColours, 6);
-  for (int i = 0; i < 6; ++i) {
-    uint32_t c = kColours[i];
-    if (format == kDibRgb24) c |= 0xFF000000;
-    dib->SetPixel({i % 3, i / 3}, c);
-  }
+  for (int i = 0; i < 6; ++i) dib->SetPixel({i % 3, i / 3}, kColours[i] | (format == kDibRgb24 ? 0xFF000000 : 0));
   return dib;
 }
 

@@ -7,8 +7,6 @@
 
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -18,6 +16,7 @@
 #include "fuzz/seal_text_job.h"
 #include "fuzz/ses_job.h"
 #include "fuzz/verify_job.h"
+#include "support/sample_files.h"
 
 namespace {
 
@@ -61,8 +60,7 @@ class FuzzCorpus : public ::testing::TestWithParam<Input> {};
 TEST_P(FuzzCorpus, InputIsHandledQuietly) {
   const Input& in = GetParam();
   ASSERT_TRUE(fs::is_regular_file(in.file)) << in.file;
-  std::ifstream file(in.file, std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::string bytes = testing_support::ReadFileBytes(in.file);
   ::testing::internal::CaptureStdout();
   ::testing::internal::CaptureStderr();
   const int result = in.corpus->job(std::move(bytes));

@@ -218,22 +218,19 @@ TEST_F(TarvikRenderSignature, ClipsOnlyAnEllipseOnAClippedSeal) {
     std::vector<std::string> expected(names.size(), "text");
     if (c.clipped) std::tie(expected.front(), expected[1], expected.back()) = std::tuple("save", "clip", "restore");
     EXPECT_EQ(names, expected) << c.layoutKind;
-    if (c.clipped) {
-      EXPECT_EQ(device_.Of(DeviceCall::kClipRect)[0].rect, GRect(30, 40, 100, 100));
-    }
+    const std::vector<DeviceCall> clips = device_.Of(DeviceCall::kClipRect);
+    EXPECT_TRUE(clips.empty() || clips[0].rect == GRect(30, 40, 100, 100));
   }
   EXPECT_TRUE(plugin_.calls.empty());
 }
 
 TEST_F(TarvikRenderSignature, ARidingSealShowsOnlyTheSliceItsClipNames) {
   // Boundary 10..50 mm across, one device pixel per millimetre.
-  host::OfdAnnotationSeal riding;
-  riding.Boundary = GRect(10, 20, 50, 60);
-  riding.Clip = GRect(8, 0, 16, 40);
-  riding.BindSealImage(doc_.Media());
+  annotation_.Clip = GRect(8, 0, 16, 40);
+  annotation_.BindSealImage(doc_.Media());  // the clip is taken when bound
   std::unique_ptr<host::Device> device = host::CreateBitmapDevice(60, 60, host::kDibArgb32, 0xFFFFFFFF);
   RenderSealParam::ImageParam image;
-  tarvik_.RenderSignature(doc_.page(), &plugin_, nullptr, &riding, {&image, nullptr}, device.get(), Matrix());
+  tarvik_.RenderSignature(doc_.page(), &plugin_, nullptr, &annotation_, {&image, nullptr}, device.get(), Matrix());
   std::unique_ptr<Dib> page(device->TakeBitmap());
   for (int x : {12, 17, 19, 24, 27, 45}) {
     const bool inSlice = x >= 18 && x < 26;  // 10 + 8 .. 10 + 16

@@ -9,31 +9,23 @@
 
 static int failures = 0;
 
-#define CHECK(cond)                                                                   \
-  do {                                                                                \
-    if (!(cond)) {                                                                    \
-      fprintf(stderr, "%s:%d: %s (last error: %s)\n", __FILE__, __LINE__, #cond,     \
-              tarvik_last_error());                                                   \
-      ++failures;                                                                     \
-    }                                                                                 \
-  } while (0)
+static void expect(int ok, const char* what, int line) {
+  if (ok) return;
+  fprintf(stderr, "%s:%d: %s (last error: %s)\n", __FILE__, line, what, tarvik_last_error());
+  ++failures;
+}
 
+#define CHECK(cond) expect((cond) != 0, #cond, __LINE__)
 /* A status and a non-empty reason. */
-#define CHECK_FAILS(call, expected)                              \
-  do {                                                           \
-    tarvik_status s_ = (call);                                   \
-    CHECK(s_ == (expected));                                     \
-    if (s_ == (expected)) CHECK(tarvik_last_error()[0] != '\0'); \
-  } while (0)
+#define CHECK_FAILS(call, expected) expect((call) == (expected) && tarvik_last_error()[0] != '\0', #call, __LINE__)
 
 /* SOURCE/testdata/NAME, read whole; NULL when it cannot be read. */
 static unsigned char* read_sample(const char* source, const char* name, size_t* size) {
   char path[4096];
-  FILE* f;
+  FILE* f = NULL;
   unsigned char* data = malloc(1 << 20);
   snprintf(path, sizeof path, "%s/testdata/%s", source, name);
-  f = fopen(path, "rb");
-  if (!f || !data) {
+  if (!data || !(f = fopen(path, "rb"))) {
     free(data);
     return NULL;
   }
@@ -63,14 +55,11 @@ static void test_null_arguments(void) {
   unsigned char pixel[4];
   uint8_t* bytes = NULL;
   size_t size = 0;
-  tarvik_signature sig;
-  tarvik_stamp stamp;
-  tarvik_check check;
+  tarvik_signature sig = {.struct_size = sizeof sig};
+  tarvik_stamp stamp = {.struct_size = sizeof stamp};
+  tarvik_check check = {.struct_size = sizeof check};
   const char* text = NULL;
 
-  sig.struct_size = sizeof sig;
-  stamp.struct_size = sizeof stamp;
-  check.struct_size = sizeof check;
   CHECK_FAILS(tarvik_open(NULL, NULL, &doc), TARVIK_BAD_ARGUMENT);
   CHECK(doc == NULL);
   CHECK_FAILS(tarvik_open("x.ofd", NULL, NULL), TARVIK_BAD_ARGUMENT);
@@ -116,9 +105,9 @@ static void test_signed_sample(const char* source) {
   tarvik_document* doc = NULL;
   tarvik_open_options open_options;
   tarvik_render_options options;
-  tarvik_signature sig;
-  tarvik_stamp stamp;
-  tarvik_seal_result seal;
+  tarvik_signature sig = {.struct_size = sizeof sig};
+  tarvik_stamp stamp = {.struct_size = sizeof stamp};
+  tarvik_seal_result seal = {.struct_size = sizeof seal};
   tarvik_report* report = NULL;
   double mw = 0, mh = 0;
   int n = -1, w = 0, h = 0, pw = 0, ph = 0, kind = -1, stride = 0;
@@ -131,10 +120,8 @@ static void test_signed_sample(const char* source) {
   snprintf(path, sizeof path, "%s/testdata/signed_v4_png.ofd", source);
   tarvik_open_options_init(&open_options);
   open_options.verify = 0;
-  if (tarvik_open(path, &open_options, &doc) != TARVIK_OK) {
-    CHECK(!"the signed sample opens");
-    return;
-  }
+  CHECK(tarvik_open(path, &open_options, &doc) == TARVIK_OK);
+  if (!doc) return;
   CHECK(tarvik_last_error()[0] == '\0');
   CHECK(tarvik_page_count(doc, &n) == TARVIK_OK && n == 1);
   CHECK(tarvik_page_size(doc, 0, &mw, &mh) == TARVIK_OK && mw == 210 && mh == 297);
@@ -145,7 +132,6 @@ static void test_signed_sample(const char* source) {
 
   /* Signatures, with an older caller's shorter struct honoured. */
   CHECK(tarvik_signature_count(doc, &n) == TARVIK_OK && n == 1);
-  sig.struct_size = sizeof sig;
   CHECK(tarvik_signature_info(doc, 0, &sig) == TARVIK_OK);
   CHECK(sig.usable && sig.ses_version == 4 && sig.stamp_count == 1 && sig.problem_count == 0);
   CHECK(strcmp(sig.picture_format, "PNG") == 0 && sig.seal_name[0] != '\0');
@@ -154,7 +140,6 @@ static void test_signed_sample(const char* source) {
   sig.struct_size = offsetof(tarvik_signature, usable);
   CHECK(tarvik_signature_info(doc, 0, &sig) == TARVIK_OK && sig.struct_size == offsetof(tarvik_signature, usable));
   CHECK(sig.id[0] != '\0' && sig.usable == (int)0xABABABAB);
-  stamp.struct_size = sizeof stamp;
   CHECK(tarvik_signature_stamp(doc, 0, 0, &stamp) == TARVIK_OK && stamp.page == 0);
   CHECK(stamp.left < stamp.right && stamp.top < stamp.bottom);
   CHECK_FAILS(tarvik_signature_info(doc, 1, &sig), TARVIK_OUT_OF_RANGE);
@@ -171,7 +156,6 @@ static void test_signed_sample(const char* source) {
   CHECK(tarvik_render_rgba(doc, 0, &options, rgba, bytes, 0, &w, &h, &report) == TARVIK_OK);
   CHECK(w == pw && h == ph && report != NULL);
   CHECK(rgba[0] == 255 && rgba[3] == 255); /* white page corner */
-  seal.struct_size = sizeof seal;
   CHECK(tarvik_report_seal_count(report, &n) == TARVIK_OK && n == 1);
   CHECK(tarvik_report_seal(report, 0, &seal) == TARVIK_OK && seal.drawn && seal.signature == 0);
   CHECK(strcmp(seal.stamp_id, stamp.id) == 0);
@@ -223,19 +207,16 @@ static void test_memory_and_verdicts(const char* source) {
   size_t size = 0;
   unsigned char* data = read_sample(source, "signed_v4_ofdseal.ofd", &size);
   tarvik_document* doc = NULL;
-  tarvik_signature sig;
-  tarvik_check check;
+  tarvik_signature sig = {.struct_size = sizeof sig};
+  tarvik_check check = {.struct_size = sizeof check};
   int i;
 
   CHECK(data != NULL && tarvik_open_memory(data, size, NULL, &doc) == TARVIK_OK);
   free(data);
   if (!doc) return;
-  sig.struct_size = sizeof sig;
-  check.struct_size = sizeof check;
   CHECK(tarvik_signature_info(doc, 0, &sig) == TARVIK_OK && sig.verdict == TARVIK_INTACT && sig.check_count > 0);
-  for (i = 0; i < sig.check_count; ++i) {
+  for (i = 0; i < sig.check_count; ++i)
     CHECK(tarvik_signature_check(doc, 0, i, &check) == TARVIK_OK && check.name[0] != '\0');
-  }
   CHECK_FAILS(tarvik_signature_check(doc, 0, sig.check_count, &check), TARVIK_OUT_OF_RANGE);
   tarvik_close(doc);
 }

@@ -1,7 +1,6 @@
 #include "support/opened_document.h"
 
-#include <fstream>
-#include <iterator>
+#include "support/sample_files.h"
 
 namespace testing_support {
 
@@ -20,8 +19,7 @@ Opened Open(std::string bytes) {
 }
 
 Opened OpenFile(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Open(std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()));
+  return Open(ReadFileBytes(path));
 }
 
 std::unique_ptr<host::OfdPage> ParsedPage(host::OfdDocument& doc, int index) {

@@ -1,33 +1,17 @@
 #include "support/recording_device.h"
 
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "host/base/font.h"
 
 namespace testing_support {
 
 const char* DeviceCallName(DeviceCall::Kind kind) {
-  switch (kind) {
-    case DeviceCall::kTakeBitmap: return "take";
-    case DeviceCall::kSave: return "save";
-    case DeviceCall::kRestore: return "restore";
-    case DeviceCall::kClipRect: return "clip";
-    case DeviceCall::kDrawBitmap: return "bitmap";
-    case DeviceCall::kDrawText: return "text";
-    case DeviceCall::kFillPath: return "fill";
-    case DeviceCall::kStrokePath: return "stroke";
-    case DeviceCall::kClipPath: return "clippath";
-    case DeviceCall::kDrawBitmapMatrix: return "bitmapmatrix";
-    case DeviceCall::kFillPathGradient: return "gradient";
-    case DeviceCall::kDrawGlyphs: return "glyphs";
-  }
-  return "?";
-}
-
-DeviceCall& RecordingDevice::Add(DeviceCall::Kind kind) {
-  calls_.emplace_back();
-  calls_.back().kind = kind;
-  return calls_.back();
+  static const char* const kNames[] = {"take", "save",   "restore",  "clip",         "bitmap",   "text",
+                                       "fill", "stroke", "clippath", "bitmapmatrix", "gradient", "glyphs"};
+  return kNames[kind];
 }
 
 std::vector<std::string> RecordingDevice::Names() const {
@@ -44,93 +28,68 @@ std::vector<DeviceCall> RecordingDevice::Of(DeviceCall::Kind kind) const {
 }
 
 host::Dib* RecordingDevice::TakeBitmap() {
-  Add(DeviceCall::kTakeBitmap);
-  if (bitmapTaken_) return nullptr;
-  bitmapTaken_ = true;
-  return host::Dib::Create(static_cast<int>(width_), static_cast<int>(height_), host::kDibArgb32)
-      .release();
+  calls_.push_back({.kind = DeviceCall::kTakeBitmap});
+  if (std::exchange(bitmapTaken_, true)) return nullptr;
+  return host::Dib::Create(static_cast<int>(width_), static_cast<int>(height_), host::kDibArgb32).release();
 }
 
-void RecordingDevice::OnSaveState() { Add(DeviceCall::kSave); }
+void RecordingDevice::OnSaveState() { calls_.push_back({.kind = DeviceCall::kSave}); }
 
-void RecordingDevice::OnRestoreState() { Add(DeviceCall::kRestore); }
+void RecordingDevice::OnRestoreState() { calls_.push_back({.kind = DeviceCall::kRestore}); }
 
 void RecordingDevice::OnClipRect(const host::GRect& rect) {
-  Add(DeviceCall::kClipRect).rect = rect;
+  calls_.push_back({.kind = DeviceCall::kClipRect, .rect = rect});
 }
 
 bool RecordingDevice::OnDrawBitmap(const host::Dib& dib, int x, int y) {
-  DeviceCall& c = Add(DeviceCall::kDrawBitmap);
-  c.dib = &dib;
-  c.dibWidth = dib.GetWidth();
-  c.dibHeight = dib.GetHeight();
-  c.x = x;
-  c.y = y;
+  calls_.push_back({.kind = DeviceCall::kDrawBitmap, .dib = &dib, .dibWidth = dib.GetWidth(),
+                    .dibHeight = dib.GetHeight(), .x = x, .y = y});
   return drawResult_ != 0;
 }
 
 int RecordingDevice::OnDrawText(const char32_t* codes, int count, host::Font& font,
                                 const host::Matrix& matrix, uint32_t color, float fontSize) {
-  DeviceCall& c = Add(DeviceCall::kDrawText);
-  c.codes.assign(codes, static_cast<size_t>(count));
-  c.count = count;
-  c.font = &font;
-  c.face = font.GetFaceHandle();
-  c.matrix = matrix;
-  c.color = color;
-  c.fontSize = fontSize;
+  calls_.push_back({.kind = DeviceCall::kDrawText, .codes = std::u32string(codes, static_cast<size_t>(count)),
+                    .count = count, .font = &font, .face = font.GetFaceHandle(), .matrix = matrix,
+                    .color = color, .fontSize = fontSize});
   return drawResult_;
 }
 
 bool RecordingDevice::OnFillPath(const host::Path&, const host::Matrix& matrix, uint32_t color,
                                  host::FillRule, host::BlendMode) {
-  DeviceCall& c = Add(DeviceCall::kFillPath);
-  c.matrix = matrix;
-  c.color = color;
+  calls_.push_back({.kind = DeviceCall::kFillPath, .matrix = matrix, .color = color});
   return drawResult_ != 0;
 }
 
 bool RecordingDevice::OnStrokePath(const host::Path&, const host::Matrix& matrix, uint32_t color,
                                    const host::StrokeStyle&, host::BlendMode) {
-  DeviceCall& c = Add(DeviceCall::kStrokePath);
-  c.matrix = matrix;
-  c.color = color;
+  calls_.push_back({.kind = DeviceCall::kStrokePath, .matrix = matrix, .color = color});
   return drawResult_ != 0;
 }
 
 void RecordingDevice::OnClipPath(const host::Path&, const host::Matrix& matrix, host::FillRule) {
-  Add(DeviceCall::kClipPath).matrix = matrix;
+  calls_.push_back({.kind = DeviceCall::kClipPath, .matrix = matrix});
 }
 
 bool RecordingDevice::OnDrawBitmapMatrix(const host::Dib& dib, const host::Matrix& matrix,
                                          int alpha, host::BlendMode) {
-  DeviceCall& c = Add(DeviceCall::kDrawBitmapMatrix);
-  c.dib = &dib;
-  c.dibWidth = dib.GetWidth();
-  c.dibHeight = dib.GetHeight();
-  c.matrix = matrix;
-  c.alpha = alpha;
+  calls_.push_back({.kind = DeviceCall::kDrawBitmapMatrix, .dib = &dib, .dibWidth = dib.GetWidth(),
+                    .dibHeight = dib.GetHeight(), .matrix = matrix, .alpha = alpha});
   return drawResult_ != 0;
 }
 
 bool RecordingDevice::OnFillPathGradient(const host::Path&, const host::Matrix& matrix,
                                          const host::Gradient&, host::FillRule, int alpha,
                                          host::BlendMode) {
-  DeviceCall& c = Add(DeviceCall::kFillPathGradient);
-  c.matrix = matrix;
-  c.alpha = alpha;
+  calls_.push_back({.kind = DeviceCall::kFillPathGradient, .matrix = matrix, .alpha = alpha});
   return drawResult_ != 0;
 }
 
 int RecordingDevice::OnDrawGlyphs(const host::GlyphPosition*, int count, host::Font& font,
                                   const host::Matrix& matrix, const host::Matrix&, uint32_t color,
                                   host::BlendMode) {
-  DeviceCall& c = Add(DeviceCall::kDrawGlyphs);
-  c.count = count;
-  c.font = &font;
-  c.face = font.GetFaceHandle();
-  c.matrix = matrix;
-  c.color = color;
+  calls_.push_back({.kind = DeviceCall::kDrawGlyphs, .count = count, .font = &font,
+                    .face = font.GetFaceHandle(), .matrix = matrix, .color = color});
   return drawResult_;
 }
 

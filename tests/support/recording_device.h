@@ -28,17 +28,17 @@ struct DeviceCall {
     kDrawGlyphs,
   };
   Kind kind = kSave;
-  host::GRect rect;                // kClipRect
+  host::GRect rect{};              // kClipRect
   const host::Dib* dib = nullptr;  // kDrawBitmap, kDrawBitmapMatrix (borrowed; may dangle later)
   int dibWidth = 0;                // kDrawBitmap, kDrawBitmapMatrix
   int dibHeight = 0;
   int x = 0;  // kDrawBitmap
   int y = 0;
-  std::u32string codes;        // kDrawText: the characters passed
+  std::u32string codes{};      // kDrawText: the characters passed
   int count = 0;               // kDrawText, kDrawGlyphs
   host::Font* font = nullptr;  // kDrawText, kDrawGlyphs (borrowed; may dangle later)
   const void* face = nullptr;  // kDrawText, kDrawGlyphs: the font's face at the call
-  host::Matrix matrix;         // every kind that takes a matrix
+  host::Matrix matrix{};       // every kind that takes a matrix
   uint32_t color = 0;          // kDrawText, kFillPath, kStrokePath, kDrawGlyphs
   float fontSize = 0;          // kDrawText
   int alpha = 0;               // kDrawBitmapMatrix, kFillPathGradient
@@ -93,8 +93,6 @@ class RecordingDevice : public host::Device {
                    host::BlendMode blend) override;
 
  private:
-  DeviceCall& Add(DeviceCall::Kind kind);
-
   uint32_t width_;
   uint32_t height_;
   int drawResult_;

@@ -3,8 +3,6 @@
 // (a missing export, vtable or typeinfo fails the link or this run).
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <typeinfo>
@@ -17,13 +15,14 @@
 #include "host/ofd/ofd_package.h"
 #include "host/ofd/ofd_page.h"
 #include "host/ofd/ofd_signature.h"
+#include "support/sample_files.h"
 #include "tarvik/tarvik.h"
 
 namespace {
 
 TEST(ExportedApi, EveryEntryPointLinksAndRuns) {
   tarvik::SetDeviceCreator(host::BitmapDeviceCreator, nullptr);
-  const std::string path = std::string(TARVIK_SOURCE_DIR) + "/testdata/signed_v4_png.ofd";
+  const std::string path = testing_support::SamplePath("signed_v4_png.ofd");
   host::OfdPackage package;
   ASSERT_EQ(package.LoadFromStream(host::StreamReader::CreateFileStreamReader(path.c_str()), 1), 0);
   host::OfdDocument document;
@@ -38,12 +37,8 @@ TEST(ExportedApi, EveryEntryPointLinksAndRuns) {
   EXPECT_EQ(tarvik->GetDocument(), &document);
   const std::unique_ptr<host::Device> device = host::CreateBitmapDevice(100, 100, host::kDibArgb32, 0xFFFFFFFF);
   tarvik::RenderSealParam::ImageParam image;
-  tarvik::RenderSealParam::TextParam text;
-  text.text = U"OK";
-  text.fontSize = 5;
-  tarvik::RenderSealParam param;
-  param.image = &image;
-  param.text = &text;
+  tarvik::RenderSealParam::TextParam text{.fontSize = 5, .text = U"OK", .fontName = {}};
+  const tarvik::RenderSealParam param{&image, &text};
   tarvik->RenderSignature(page.get(), &plugin, nullptr, seal, param, device.get(),
                           page->GetDisplayMatrix(0, 0, 100, 100, 0));
   const host::OfdMultiMedia* media = seal->sealMedia.get();
@@ -60,8 +55,7 @@ TEST(ExportedApi, EveryEntryPointLinksAndRuns) {
   std::unique_ptr<host::Dib> copy(tarvik::Tarvik::GetSealImage(media, host::Size{10, 10}, nullptr));
   EXPECT_FALSE(copy);  // no request: nothing to draw for
 
-  std::ifstream in(std::string(TARVIK_SOURCE_DIR) + "/testdata/sample_seal.png", std::ios::binary);
-  std::string png((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::string png = testing_support::ReadFileBytes(testing_support::SamplePath("sample_seal.png"));
   auto* bytes = reinterpret_cast<unsigned char*>(png.data());
   std::unique_ptr<host::Dib> decoded(
       tarvik::ParseSealImage(bytes, static_cast<unsigned int>(png.size()), 0, 0, 300, isOfd));

@@ -1,60 +1,42 @@
 // Seal bytes of every kind decoded by one call, and digests.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
+#include <utility>
 
-#include "support/zip_builder.h"
+#include "support/sample_files.h"
 #include "tarvik/viewer.h"
 
 namespace {
 
 using tarvik::viewer::SealFileKind;
 using tarvik::viewer::Status;
-
-std::string ReadBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using testing_support::ReadFileBytes;
+using testing_support::SamplePath;
 
 std::string Entry(const char* sample, const std::string& name) {
-  for (const auto& [entry, content] :
-       testing_support::ReadZip(ReadBytes(std::string(TARVIK_SOURCE_DIR) + "/testdata/" + sample))) {
-    if (entry == name) return content;
-  }
-  return {};
+  return testing_support::EntryOf(testing_support::ReadZip(ReadFileBytes(SamplePath(sample))), name);
 }
 
 TEST(DecodeSeal, EveryKindOfSealBytes) {
-  const std::string dir = std::string(TARVIK_SOURCE_DIR) + "/testdata/";
-  struct Case {
-    std::string bytes;
-    SealFileKind kind;
-    int width;  // 0: any
-  } cases[] = {
-      {ReadBytes(dir + "sample_seal.png"), SealFileKind::kRaster, 0},
-      {ReadBytes(dir + "sample_seal.ofd"), SealFileKind::kOfd, 472},  // 40 mm at 300 dpi
+  // A width of 0: any.
+  const struct { std::string bytes; SealFileKind kind; int width; } cases[] = {
+      {ReadFileBytes(SamplePath("sample_seal.png")), SealFileKind::kRaster, 0},
+      {ReadFileBytes(SamplePath("sample_seal.ofd")), SealFileKind::kOfd, 472},  // 40 mm at 300 dpi
       {Entry("signed_v4_png.ofd", "Doc_0/Signs/Sign_0/Seal.esl"), SealFileKind::kSeal, 0},
       {Entry("signed_v1_png.ofd", "Doc_0/Signs/Sign_0/SignedValue.dat"), SealFileKind::kSignedValue, 0},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     ASSERT_FALSE(c.bytes.empty());
     tarvik::viewer::Error error;
     SealFileKind kind = SealFileKind::kUnknown;
     const auto dib = tarvik::viewer::DecodeSeal(c.bytes.data(), c.bytes.size(), {}, &error, &kind);
     ASSERT_TRUE(dib) << error.message;
-    EXPECT_EQ(kind, c.kind);
-    if (c.width) {
-      EXPECT_EQ(dib->GetWidth(), c.width);
-    }
+    EXPECT_EQ(std::make_pair(kind, c.width ? dib->GetWidth() : 0), std::make_pair(c.kind, c.width));
 
     // Adjusted: a 32-bit copy of the same size.
-    tarvik::RenderSealParam::ImageParam image;
-    image.crossMark = 1;
-    tarvik::viewer::SealDecodeOptions options;
-    options.image = &image;
-    const auto crossed = tarvik::viewer::DecodeSeal(c.bytes.data(), c.bytes.size(), options, &error);
+    tarvik::RenderSealParam::ImageParam image{.crossMark = 1};
+    const auto crossed = tarvik::viewer::DecodeSeal(c.bytes.data(), c.bytes.size(), {.image = &image}, &error);
     ASSERT_TRUE(crossed) << error.message;
     EXPECT_EQ(crossed->GetWidth(), dib->GetWidth());
   }
