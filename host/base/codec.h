@@ -46,8 +46,9 @@ inline std::unique_ptr<Dib> DecodeImage(StreamReader* reader, ImageFormat format
 /// As DecodeImage, for a picture shown at `shownSize` device pixels (each
 /// way along its own axes): a JPEG is decoded reduced by 2, 4 or 8, straight
 /// from its DCT coefficients, when it would still have at least that many
-/// pixels each way. Far less work for a scan drawn smaller than its pixels;
-/// for vector output, ask with an empty size (whole picture). `reduced`
+/// pixels each way: smaller inverse transforms, and a quarter or less of the
+/// pixels to convert and draw, for a scan drawn smaller than its pixels. For
+/// vector output, ask with an empty size (whole picture). `reduced`
 /// (optional) tells whether it was. Thread-safe.
 HOST_API std::unique_ptr<Dib> DecodeImageToShow(StreamReader* reader, Size shownSize,
                                                 bool* reduced);

@@ -112,8 +112,8 @@ bool ReadJpegBody(JpegReadState* s, Size minSize) {
       c.out_color_space = JCS_EXT_BGR;
       break;
   }
-  // Reduced pictures come from the DCT coefficients directly: far less work
-  // than decoding every pixel and scaling down afterwards.
+  // Reduced pictures come from the DCT coefficients directly, with smaller
+  // inverse transforms, rather than from every pixel scaled down afterwards.
   const unsigned reduction = ReductionFor(c.image_width, c.image_height, minSize);
   c.scale_num = 1;
   c.scale_denom = reduction;
