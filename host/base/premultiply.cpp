@@ -10,14 +10,38 @@
 
 namespace host {
 
-uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background) {
+namespace {
+
+// Every straight channel value, min(255, (c * 255 + a / 2) / a), by alpha
+// and premultiplied channel: three lookups instead of three divisions.
+struct UnpremultiplyTable {
+  uint8_t value[256][256];
+};
+
+constexpr UnpremultiplyTable MakeUnpremultiplyTable() {
+  UnpremultiplyTable table{};
+  for (uint32_t a = 1; a < 256; ++a) {
+    for (uint32_t c = 0; c < 256; ++c)
+      table.value[a][c] = static_cast<uint8_t>(std::min<uint32_t>(255, (c * 255 + a / 2) / a));
+  }
+  return table;
+}
+
+constexpr UnpremultiplyTable kUnpremultiply = MakeUnpremultiplyTable();
+
+inline uint32_t Unpremultiply(uint32_t pixel, uint32_t uncovered) {
   const uint32_t a = pixel >> 24;
-  if (a == 0) return background & 0x00FFFFFF;
   if (a == 255) return pixel;
-  auto channel = [&](int shift) {
-    return std::min<uint32_t>(255, (((pixel >> shift) & 0xFF) * 255 + a / 2) / a) << shift;
-  };
-  return a << 24 | channel(16) | channel(8) | channel(0);
+  if (a == 0) return uncovered;
+  const uint8_t* straight = kUnpremultiply.value[a];
+  return a << 24 | uint32_t{straight[(pixel >> 16) & 0xFF]} << 16 |
+         uint32_t{straight[(pixel >> 8) & 0xFF]} << 8 | straight[pixel & 0xFF];
+}
+
+}  // namespace
+
+uint32_t UnpremultiplyArgb(uint32_t pixel, uint32_t background) {
+  return Unpremultiply(pixel, background & 0x00FFFFFF);
 }
 
 void UnpremultiplyInPlace(Dib& dib, uint32_t background) {
@@ -26,26 +50,18 @@ void UnpremultiplyInPlace(Dib& dib, uint32_t background) {
   for (int y = 0; y < dib.GetHeight(); ++y) {
     uint8_t* row = dib.GetScanline(y);
     if constexpr (std::endian::native == std::endian::little) {
-      // Words already in the bitmap's byte order. Opaque and uncovered
-      // pixels, nearly all of a page, in one loop simple enough to
-      // vectorise; the translucent ones, if the row has any, after it.
+      // Words already in the bitmap's byte order: opaque pixels, most of a
+      // page, stay as they are.
       auto* pixels = reinterpret_cast<uint32_t*>(row);
-      uint32_t translucent = 0;
       for (int x = 0; x < width; ++x) {
-        const uint32_t a = pixels[x] >> 24;
-        translucent |= static_cast<uint32_t>(a - 1 < 254);
-        pixels[x] = a == 0 ? uncovered : pixels[x];
-      }
-      if (!translucent) continue;
-      for (int x = 0; x < width; ++x) {
-        if ((pixels[x] >> 24) - 1 < 254) pixels[x] = UnpremultiplyArgb(pixels[x], background);
+        if (pixels[x] >> 24 != 255) pixels[x] = Unpremultiply(pixels[x], uncovered);
       }
       continue;
     }
     for (int x = 0; x < width; ++x) {
       uint32_t pixel;
       std::memcpy(&pixel, row + 4 * x, 4);
-      const uint32_t argb = UnpremultiplyArgb(pixel, background);
+      const uint32_t argb = Unpremultiply(pixel, uncovered);
       row[4 * x] = static_cast<uint8_t>(argb);
       row[4 * x + 1] = static_cast<uint8_t>(argb >> 8);
       row[4 * x + 2] = static_cast<uint8_t>(argb >> 16);
