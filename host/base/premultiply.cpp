@@ -89,7 +89,7 @@ void ConvertToPremultiplied(const Dib& dib, uint8_t* data, int stride) {
   if (format == kDibIndexed8) {
     for (int i = 0; i < 256; ++i) palette[i] = PremultiplyArgb(dib.GetPaletteEntry(i));
   }
-  // One loop per format, so that each is simple enough to vectorise.
+  // One loop per format: no pixel pays for choosing the format.
   for (int y = 0; y < dib.GetHeight(); ++y) {
     const uint8_t* in = dib.GetScanline(y);
     auto* out = reinterpret_cast<uint32_t*>(data + static_cast<size_t>(y) * stride);
