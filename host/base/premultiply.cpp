@@ -58,10 +58,10 @@ void UnpremultiplyInPlace(Dib& dib, uint32_t background) {
       // most of a page or a seal is.
       for (; x + 4 <= width; x += 4) {
         uint32_t* four = pixels + x;
-        const uint32_t both = four[0] & four[1] & four[2] & four[3];
-        const uint32_t either = four[0] | four[1] | four[2] | four[3];
-        if (both >> 24 == 255) continue;
-        if (either >> 24 == 0) {
+        const uint32_t all = four[0] & four[1] & four[2] & four[3];
+        const uint32_t any = four[0] | four[1] | four[2] | four[3];
+        if (all >> 24 == 255) continue;
+        if (any >> 24 == 0) {
           four[0] = four[1] = four[2] = four[3] = uncovered;
           continue;
         }
