@@ -1,6 +1,7 @@
 // Many threads drawing signed pages through one Tarvik: every result must be
 // pixel-identical to a single-threaded rendering, and a raster seal is read
 // through the provider only by the threads that raced for the empty cache.
+// Also the font manager's configuration loading racing its lookups.
 // Built on its own so that a ThreadSanitizer build needs nothing else.
 #include <gtest/gtest.h>
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "host/base/bitmap_device.h"
+#include "host/base/font_mgr.h"
 #include "host/oes/ses_plugin.h"
 #include "support/signed_page.h"
 #include "tarvik/tarvik.h"
@@ -131,3 +133,18 @@ INSTANTIATE_TEST_SUITE_P(Seals, TarvikStress,
                          });
 
 }  // namespace
+
+// Font configuration loading on a thread of its own while other threads
+// look faces up, and a manager destroyed while it still loads.
+TEST(FontMgrStress, PreparedWhileLookedUp) {
+  host::FontMgr().Prepare();
+  host::FontMgr fonts;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      fonts.Prepare();
+      EXPECT_TRUE(fonts.FindFace("SimSun", 400, false));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
