@@ -213,8 +213,15 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
                const Matrix& matrix, const cairo_matrix_t& fontMatrix, uint32_t color,
                BlendMode blend, int count, Next next) {
   const std::shared_ptr<const FaceSource> source = font.face();
+  if (!source) return 0;
+  // Vector output draws through the file's face where there is one (a
+  // document embeds one font subset per cairo face); otherwise the host
+  // face's own drawing face, which is then made only when needed.
+  const auto* ft = canvas.forDocuments ? dynamic_cast<const FtFaceSource*>(source.get()) : nullptr;
+  cairo_font_face_t* const fileFace = ft ? ft->CairoFileFace() : nullptr;
+  cairo_font_face_t* const face = fileFace ? fileFace : source->CairoFace();
   cairo_matrix_t ctm;
-  if (!source || !source->CairoFace() || !ToCairoMatrix(matrix, &ctm)) return 0;
+  if (!face || !ToCairoMatrix(matrix, &ctm)) return 0;
   // Italic the face lacks: glyphs slanted by about 11 degrees.
   cairo_matrix_t glyphSpace = fontMatrix;
   if (font.SyntheticItalic()) {
@@ -233,19 +240,10 @@ int ShowGlyphs(const CairoDevice::Canvas& canvas, const Font& font,
   const bool asOutlines = MaxScale(glyphScale) > kMaxCachedGlyphScale;
 
   cairo_t* cr = canvas.cr.get();
-  cairo_font_face_t* face = source->CairoFace();
   std::unique_lock<std::mutex> fileFaceLock;
-  if (canvas.forDocuments) {
-    // Vector output draws through the file's face where there is one, and
-    // keeps the host face for the device's life: a document embeds one font
-    // subset per cairo face.
-    const auto* ft = dynamic_cast<const FtFaceSource*>(source.get());
-    if (cairo_font_face_t* fileFace = ft ? ft->CairoFileFace() : nullptr) {
-      face = fileFace;
-      fileFaceLock = std::unique_lock<std::mutex>(FileFaceLock());
-    }
-    canvas.faces.emplace(source.get(), source);
-  }
+  if (fileFace) fileFaceLock = std::unique_lock<std::mutex>(FileFaceLock());
+  // A document keeps the host face (and so its cairo faces) for its life.
+  if (canvas.forDocuments) canvas.faces.emplace(source.get(), source);
   RestateBlend(canvas, blend);
   cairo_save(cr);
   cairo_set_matrix(cr, &ctm);
