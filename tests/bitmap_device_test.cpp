@@ -58,6 +58,30 @@ TEST(BitmapDevice_Alpha, SurvivesPremultiplication) {
   }
 }
 
+// Rows long enough for the read-back's runs of sixteen and four: wholly
+// opaque, wholly uncovered and mixed runs, and a tail.
+TEST(BitmapDevice_Alpha, LongRowsComeBackPixelByPixel) {
+  constexpr int kWidth = 53;
+  auto colourAt = [](int x) -> uint32_t {
+    if (x < 16) return 0xFF336699;
+    if (x < 36) return 0;
+    if (x < 40) return 0xFFABCDEF;
+    const uint32_t mixed[3] = {0x80102030, 0, 0xFFABCDEF};
+    return mixed[x % 3];
+  };
+  auto source = Dib::Create(kWidth, 1, host::kDibArgb32);
+  for (int x = 0; x < kWidth; ++x) source->SetPixel({x, 0}, colourAt(x));
+  for (uint32_t background : {0x00FFFFFFu, 0x00000000u}) {
+    auto device = NewDevice(kWidth, 1, background);
+    ASSERT_TRUE(device->DrawBitmap(source.get(), 0, 0));
+    auto dib = Take(*device);
+    for (int x = 0; x < kWidth; ++x) {
+      const uint32_t expected = colourAt(x) ? colourAt(x) : background;
+      EXPECT_TRUE(Near(dib->GetPixel({x, 0}), expected, 1)) << "pixel " << x;
+    }
+  }
+}
+
 TEST(BitmapDevice_DrawBitmap, DrawsEveryFormatAtOffsets) {
   const uint32_t colours[6] = {0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0xFF808080, 0xFFFFFF00, 0x80102030};
   for (host::DibFormat format : {host::kDibIndexed8, host::kDibRgb24, host::kDibArgb32}) {
