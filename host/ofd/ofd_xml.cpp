@@ -89,8 +89,13 @@ bool ParseBool(std::string_view s, bool fallback) {
 }
 
 std::string_view LocalName(const char* name) {
-  const char* colon = std::strchr(name, ':');
-  return colon ? std::string_view(colon + 1) : std::string_view(name);
+  // One pass: names are short, and every element and attribute asks.
+  const char* local = name;
+  const char* end = name;
+  for (; *end; ++end) {
+    if (*end == ':' && local == name) local = end + 1;
+  }
+  return std::string_view(local, static_cast<size_t>(end - local));
 }
 
 bool NameIs(const pugi::xml_node& node, std::string_view local) {
