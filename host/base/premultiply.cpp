@@ -70,6 +70,12 @@ void UnpremultiplyRow(uint32_t* pixels, int width, uint32_t uncovered) {
     const __m128i all = _mm_and_si128(_mm_and_si128(four[0], four[1]),
                                       _mm_and_si128(four[2], four[3]));
     if (allAlpha(_mm_srli_epi32(all, 24), opaque)) continue;
+    const __m128i any = _mm_or_si128(_mm_or_si128(four[0], four[1]),
+                                     _mm_or_si128(four[2], four[3]));
+    if (allAlpha(_mm_srli_epi32(any, 24), clear)) {
+      for (int g = 0; g < 4; ++g) _mm_storeu_si128(line + g, fill);
+      continue;
+    }
     for (int g = 0; g < 4; ++g) {
       const __m128i alphas = _mm_srli_epi32(four[g], 24);
       if (allAlpha(alphas, opaque)) continue;
